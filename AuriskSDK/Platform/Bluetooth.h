@@ -254,11 +254,13 @@ public:
 
     virtual CBManagerState state() const = 0;
 
-    /// Scans for every device, whatever its services, until `stopScan`. Nothing while the radio is not powered on.
+    /// Scans for every device, whatever its services, until `stopScan`. A scan outlasts the radio: while that is not
+    /// powered on nothing is heard, and once it is again the scan goes on by itself.
     virtual void scanForPeripherals(const CBScanOptions& options) = 0;
     virtual void stopScan() = 0;
 
-    /// Tries to connect until it succeeds, fails or is cancelled. Nothing for a peripheral that is connecting or connected.
+    /// Tries to connect until it succeeds, fails or is cancelled; fails where the radio is not powered on. Nothing for a
+    /// peripheral that is connecting or connected.
     virtual void connectPeripheral(const std::shared_ptr<CBPeripheral>& peripheral) = 0;
 
     /// Ends a connection, or an attempt at one; either is reported as a disconnection without error.
