@@ -6,9 +6,8 @@ namespace aurisk {
 
 namespace {
 
-constexpr CBUUID::Bytes bluetoothBase = {
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x10, 0x00, 0x80, 0x00, 0x00, 0x80, 0x5F, 0x9B, 0x34, 0xFB
-};
+constexpr CBUUID::Bytes bluetoothBase
+    = { 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x10, 0x00, 0x80, 0x00, 0x00, 0x80, 0x5F, 0x9B, 0x34, 0xFB };
 
 constexpr bool hyphenBeforeByte(std::size_t index) { return index == 4 || index == 6 || index == 8 || index == 10; }
 
@@ -30,7 +29,7 @@ void append(std::string& text, std::uint8_t byte)
     text += digits[byte & 0x0F];
 }
 
-} // namespace
+}   // namespace
 
 CBUUID::CBUUID(std::uint16_t shortForm)
     : _bytes(bluetoothBase)
@@ -62,8 +61,8 @@ std::optional<CBUUID> CBUUID::fromString(std::string_view text)
 
 std::string CBUUID::uuidString() const
 {
-    const bool onBase = _bytes[0] == 0 && _bytes[1] == 0
-        && std::equal(_bytes.begin() + 4, _bytes.end(), bluetoothBase.begin() + 4);
+    const bool onBase
+        = _bytes[0] == 0 && _bytes[1] == 0 && std::equal(_bytes.begin() + 4, _bytes.end(), bluetoothBase.begin() + 4);
     std::string text;
     text.reserve(36);
     const std::size_t first = onBase ? 2 : 0, last = onBase ? 4 : _bytes.size();
@@ -75,7 +74,7 @@ std::string CBUUID::uuidString() const
     return text;
 }
 
-void CBPeripheralDelegate::peripheralDidDiscoverServices(CBPeripheral&, const MaybeError&) {}
+void CBPeripheralDelegate::peripheralDidDiscoverServices(CBPeripheral&, const MaybeError&) { }
 void CBPeripheralDelegate::peripheralDidDiscoverCharacteristicsFor(
     CBPeripheral&, const std::shared_ptr<CBService>&, const MaybeError&)
 {
@@ -93,4 +92,4 @@ void CBPeripheralDelegate::peripheralDidUpdateNotificationStateFor(
 {
 }
 
-} // namespace aurisk
+}   // namespace aurisk

@@ -88,8 +88,8 @@ constexpr bool contains(CBCharacteristicProperties all, CBCharacteristicProperti
 
 /// What the platform says went wrong.
 struct BluetoothError {
-    std::string domain;                 ///< who says so: a backend's name, or the daemon's error name
-    int code = 0;                       ///< the domain's own number
+    std::string domain;   ///< who says so: a backend's name, or the daemon's error name
+    int code = 0;   ///< the domain's own number
     std::string localizedDescription;   ///< a sentence for a person
 
     friend bool operator==(const BluetoothError&, const BluetoothError&) = default;
@@ -207,7 +207,8 @@ public:
 
     /// Writes `value` whole, at most `maximumWriteValueLength(type)` bytes. Only a write with response is answered.
     virtual void writeValue(
-        DataView value, const std::shared_ptr<CBCharacteristic>& characteristic, CBCharacteristicWriteType type) = 0;
+        DataView value, const std::shared_ptr<CBCharacteristic>& characteristic, CBCharacteristicWriteType type)
+        = 0;
 
     /// How many bytes one write can carry on this connection, 20 to 512.
     virtual std::size_t maximumWriteValueLength(CBCharacteristicWriteType type) const = 0;
@@ -230,7 +231,8 @@ public:
     virtual void centralManagerDidDiscover(CBCentralManager& central, const std::shared_ptr<CBPeripheral>& peripheral,
         const CBAdvertisementData& advertisementData, std::optional<int> rssi)
         = 0;
-    virtual void centralManagerDidConnect(CBCentralManager& central, const std::shared_ptr<CBPeripheral>& peripheral) = 0;
+    virtual void centralManagerDidConnect(CBCentralManager& central, const std::shared_ptr<CBPeripheral>& peripheral)
+        = 0;
     /// The link has gone; no error where the host asked for it.
     virtual void centralManagerDidDisconnectPeripheral(
         CBCentralManager& central, const std::shared_ptr<CBPeripheral>& peripheral, const MaybeError& error)
@@ -259,8 +261,8 @@ public:
     virtual void scanForPeripherals(const CBScanOptions& options) = 0;
     virtual void stopScan() = 0;
 
-    /// Tries to connect until it succeeds, fails or is cancelled; fails where the radio is not powered on. Nothing for a
-    /// peripheral that is connecting or connected.
+    /// Tries to connect until it succeeds, fails or is cancelled; fails where the radio is not powered on. Nothing for
+    /// a peripheral that is connecting or connected.
     virtual void connectPeripheral(const std::shared_ptr<CBPeripheral>& peripheral) = 0;
 
     /// Ends a connection, or an attempt at one; either is reported as a disconnection without error.
@@ -281,4 +283,4 @@ public:
         = 0;
 };
 
-} // namespace aurisk
+}   // namespace aurisk

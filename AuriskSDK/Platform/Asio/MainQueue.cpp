@@ -115,46 +115,28 @@ Main& mainQueue(asio::io_context* hosts = nullptr)
     return *main;
 }
 
-} // namespace
+}   // namespace
 
-DispatchQueue& DispatchQueue::main()
-{
-    return *mainQueue().current;
-}
+DispatchQueue& DispatchQueue::main() { return *mainQueue().current; }
 
 ScopedMainQueue::ScopedMainQueue(DispatchQueue& queue)
     : _previous(mainQueue().current.exchange(&queue))
 {
 }
 
-ScopedMainQueue::~ScopedMainQueue()
-{
-    mainQueue().current = _previous;
-}
+ScopedMainQueue::~ScopedMainQueue() { mainQueue().current = _previous; }
 
-void runMainQueue()
-{
-    mainQueue().asio.runHere();
-}
+void runMainQueue() { mainQueue().asio.runHere(); }
 
-std::size_t pollMainQueue()
-{
-    return mainQueue().asio.pollHere();
-}
+std::size_t pollMainQueue() { return mainQueue().asio.pollHere(); }
 
-void stopMainQueue()
-{
-    mainQueue().asio.context().stop();
-}
+void stopMainQueue() { mainQueue().asio.context().stop(); }
 
 void useMainQueue(asio::io_context& context)
 {
     precondition(&mainQueue(&context).asio.context() == &context, "useMainQueue: the main queue is in use already");
 }
 
-asio::io_context& mainQueueContext()
-{
-    return mainQueue().asio.context();
-}
+asio::io_context& mainQueueContext() { return mainQueue().asio.context(); }
 
-} // namespace aurisk
+}   // namespace aurisk

@@ -20,14 +20,15 @@ void runMainQueue();
 /// Runs what is due, without waiting. Returns how many pieces of work ran.
 std::size_t pollMainQueue();
 
-/// Makes `runMainQueue()` return after the work under way. What still waits stays, and runs when the queue is run again.
+/// Makes `runMainQueue()` return after the work under way. What still waits stays, and runs when the queue is run
+/// again.
 void stopMainQueue();
 
-/// Puts the main queue on `context`, which has to outlive every use of it. Called once, before the first use of the main
-/// queue; later is a broken precondition.
+/// Puts the main queue on `context`, which has to outlive every use of it. Called once, before the first use of the
+/// main queue; later is a broken precondition.
 void useMainQueue(asio::io_context& context);
 
 /// The loop that the main queue runs on, for backends that wait for descriptors on it.
 asio::io_context& mainQueueContext();
 
-} // namespace aurisk
+}   // namespace aurisk

@@ -64,4 +64,4 @@ private:
     std::thread::id _thread = std::this_thread::get_id();
 };
 
-} // namespace aurisk
+}   // namespace aurisk

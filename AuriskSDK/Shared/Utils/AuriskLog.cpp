@@ -80,13 +80,14 @@ std::string timeStamp()
 {
     const auto now = std::chrono::system_clock::now();
     const auto seconds = std::chrono::system_clock::to_time_t(now);
-    const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() % 1000;
+    const auto milliseconds
+        = std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() % 1000;
     std::tm local{};
     localtime_r(&seconds, &local);
     return fmt::format("{:%Y-%m-%d %H:%M:%S}.{:03}", local, milliseconds);
 }
 
-} // namespace
+}   // namespace
 
 std::string_view name(LogLevel level)
 {
@@ -123,15 +124,9 @@ std::string LogItem::bare() const
         _value);
 }
 
-bool AuriskLog::enable()
-{
-    return isEnabled;
-}
+bool AuriskLog::enable() { return isEnabled; }
 
-void AuriskLog::setEnable(bool enable)
-{
-    isEnabled = enable;
-}
+void AuriskLog::setEnable(bool enable) { isEnabled = enable; }
 
 void AuriskLog::log(std::initializer_list<LogItem> items, std::string_view, std::string_view terminator)
 {
@@ -152,10 +147,7 @@ void AuriskLog::e(const BluetoothError& error)
     log(fmt::format("Error {}: {}", error.code, error.localizedDescription));
 }
 
-std::string AuriskLog::sdkVersion()
-{
-    return "2025_05_09_V1.3";
-}
+std::string AuriskLog::sdkVersion() { return "2025_05_09_V1.3"; }
 
 AuriskLog& AuriskLog::shared()
 {
@@ -175,9 +167,6 @@ void AuriskLog::setLogger(std::weak_ptr<LoggerDelegate> logger)
     _logger = std::move(logger);
 }
 
-void printLine(std::string_view line)
-{
-    writeToStandardOutput(fmt::format("{}\n", line));
-}
+void printLine(std::string_view line) { writeToStandardOutput(fmt::format("{}\n", line)); }
 
-} // namespace aurisk
+}   // namespace aurisk

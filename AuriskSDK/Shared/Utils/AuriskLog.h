@@ -39,11 +39,26 @@ public:
 /// One of the values that a log record lists: a text, a number or a Boolean.
 class LogItem {
 public:
-    LogItem(std::string_view text) : _value(text) {}
-    LogItem(const std::string& text) : _value(std::string_view(text)) {}
-    LogItem(const char* text) : _value(std::string_view(text)) {}
-    LogItem(bool value) : _value(value) {}
-    LogItem(double value) : _value(value) {}
+    LogItem(std::string_view text)
+        : _value(text)
+    {
+    }
+    LogItem(const std::string& text)
+        : _value(std::string_view(text))
+    {
+    }
+    LogItem(const char* text)
+        : _value(std::string_view(text))
+    {
+    }
+    LogItem(bool value)
+        : _value(value)
+    {
+    }
+    LogItem(double value)
+        : _value(value)
+    {
+    }
     template <std::integral Number> LogItem(Number value)
     {
         if constexpr (std::is_signed_v<Number>)
@@ -72,9 +87,10 @@ public:
     static bool enable();
     static void setEnable(bool enable);
 
-    /// Writes one record: the local time, then all `items` as a list, then `terminator`. The list is one printed item, so
-    /// `separator`, which stands between printed items, does not show.
-    static void log(std::initializer_list<LogItem> items, std::string_view separator = " ", std::string_view terminator = "\n");
+    /// Writes one record: the local time, then all `items` as a list, then `terminator`. The list is one printed item,
+    /// so `separator`, which stands between printed items, does not show.
+    static void log(
+        std::initializer_list<LogItem> items, std::string_view separator = " ", std::string_view terminator = "\n");
     static void log(std::string_view message) { log({ LogItem(message) }); }
 
     /// Logs "Error <code>: <description>".
@@ -96,4 +112,4 @@ private:
 /// Writes `line` and a line feed to standard output in one piece, whether the log is on or not.
 void printLine(std::string_view line);
 
-} // namespace aurisk
+}   // namespace aurisk

@@ -8,7 +8,8 @@
 
 namespace aurisk {
 
-/// A row of an enumeration's table: its case, the name that the case has in code, and a label for people where it has one.
+/// A row of an enumeration's table: its case, the name that the case has in code, and a label for people where it has
+/// one.
 template <typename E> struct EnumCase {
     E value;
     std::string_view name;
@@ -19,7 +20,7 @@ template <typename E> struct EnumCase {
 template <typename E> inline constexpr std::array<EnumCase<E>, 0> enumCases = {};
 
 template <typename E>
-concept TabledEnum = std::is_enum_v<E> && (enumCases<E>.size() > 0);
+concept TabledEnum = std::is_enum_v<E> &&(enumCases<E>.size() > 0);
 
 template <TabledEnum E> constexpr const EnumCase<E>* enumCase(E value)
 {
@@ -29,10 +30,7 @@ template <TabledEnum E> constexpr const EnumCase<E>* enumCase(E value)
     return nullptr;
 }
 
-template <TabledEnum E> constexpr auto rawValue(E value)
-{
-    return static_cast<std::underlying_type_t<E>>(value);
-}
+template <TabledEnum E> constexpr auto rawValue(E value) { return static_cast<std::underlying_type_t<E>>(value); }
 
 /// The case with that raw value; none where there is none.
 template <TabledEnum E> constexpr std::optional<E> fromRawValue(long long raw)
@@ -58,4 +56,4 @@ template <TabledEnum E> constexpr std::string_view caseName(E value)
     return row ? row->name : std::string_view();
 }
 
-} // namespace aurisk
+}   // namespace aurisk

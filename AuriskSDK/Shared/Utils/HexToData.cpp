@@ -15,7 +15,7 @@ std::optional<std::uint8_t> digitValue(char digit)
     return std::nullopt;
 }
 
-} // namespace
+}   // namespace
 
 std::optional<Data> ask_hexadecimal(std::string_view text)
 {
@@ -52,4 +52,4 @@ std::string ask_hexadecimal(DataView bytes)
     return text;
 }
 
-} // namespace aurisk
+}   // namespace aurisk

@@ -16,27 +16,15 @@ namespace {
 std::atomic<PreconditionPolicy> currentPolicy = PreconditionPolicy::stop;
 thread_local int containments = 0;
 
-} // namespace
+}   // namespace
 
-void setPreconditionPolicy(PreconditionPolicy policy)
-{
-    currentPolicy = policy;
-}
+void setPreconditionPolicy(PreconditionPolicy policy) { currentPolicy = policy; }
 
-PreconditionPolicy preconditionPolicy()
-{
-    return currentPolicy;
-}
+PreconditionPolicy preconditionPolicy() { return currentPolicy; }
 
-ScopedContainment::ScopedContainment()
-{
-    ++containments;
-}
+ScopedContainment::ScopedContainment() { ++containments; }
 
-ScopedContainment::~ScopedContainment()
-{
-    --containments;
-}
+ScopedContainment::~ScopedContainment() { --containments; }
 
 void preconditionFailure(std::string_view message)
 {
@@ -59,4 +47,4 @@ void logContained(std::string_view what, const PreconditionStop& stop)
     AuriskLog::log(fmt::format("{} dropped: {}", what, stop.what()));
 }
 
-} // namespace aurisk
+}   // namespace aurisk

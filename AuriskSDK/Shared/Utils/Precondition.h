@@ -46,7 +46,7 @@ template <typename Narrow, typename Wide> Narrow exactly(Wide value, std::string
 
 /// In debug builds, a broken precondition where this is not the thread that runs the main queue.
 #ifdef NDEBUG
-inline void expectMainQueue() {}
+inline void expectMainQueue() { }
 #else
 void expectMainQueue();
 #endif
@@ -70,4 +70,4 @@ template <typename Decode> auto decodeFromDevice(std::string_view what, Decode&&
     }
 }
 
-} // namespace aurisk
+}   // namespace aurisk

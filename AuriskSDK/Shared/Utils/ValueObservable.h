@@ -55,8 +55,9 @@ public:
     }
 };
 
-/// A value that tells others when it is set. Setting may happen on any thread that has the box to itself; actions run on
-/// the main queue, each with the value that the box holds by then, so two quick settings may deliver the later value twice.
+/// A value that tells others when it is set. Setting may happen on any thread that has the box to itself; actions run
+/// on the main queue, each with the value that the box holds by then, so two quick settings may deliver the later value
+/// twice.
 template <typename T> class AuriskValueObservable : public std::enable_shared_from_this<AuriskValueObservable<T>> {
     struct Key {
         explicit Key() = default;
@@ -82,7 +83,8 @@ public:
             notifyAll();
     }
 
-    /// Calls `action` at every setting from now on, until the result is disposed of. Not called for the value as it stands.
+    /// Calls `action` at every setting from now on, until the result is disposed of. Not called for the value as it
+    /// stands.
     std::shared_ptr<AuriskDisposable> observe(std::function<void(T)> action)
     {
         return add<AuriskValueObserver<T>>(std::move(action));
@@ -119,4 +121,4 @@ private:
     T _value;
 };
 
-} // namespace aurisk
+}   // namespace aurisk

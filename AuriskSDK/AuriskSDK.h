@@ -1,0 +1,17 @@
+#pragma once
+
+/// Everything that an application includes, the platform backends apart.
+
+#include "AuriskSDK/HearingAid/Aurisk/AuriskA16Accessory.h"
+#include "AuriskSDK/HearingAid/Aurisk/AuriskA4Accessory.h"
+#include "AuriskSDK/HearingAid/Aurisk/AuriskH01Accessory.h"
+#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskManuData.h"
+#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskProgram.h"
+#include "AuriskSDK/Platform/Asio/MainQueue.h"
+#include "AuriskSDK/Platform/Bluetooth.h"
+#include "AuriskSDK/Platform/Dispatch.h"
+#include "AuriskSDK/Shared/Accessory/AccessoryManager.h"
+#include "AuriskSDK/Shared/Utils/AuriskLog.h"
+#include "AuriskSDK/Shared/Utils/HexToData.h"
+#include "AuriskSDK/Shared/Utils/PreconditionPolicy.h"
+#include "AuriskSDK/Shared/Utils/ValueObservable.h"

@@ -1,0 +1,216 @@
+#include "AuriskSDK/HearingAid/Aurisk/AuriskAccessory.h"
+
+#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskManuData.h"
+#include "AuriskSDK/Shared/Utils/AuriskLog.h"
+#include "AuriskSDK/Shared/Utils/Precondition.h"
+
+namespace aurisk {
+
+namespace {
+
+AccessoryOrientation orientationOf(const CBPeripheral& peripheral)
+{
+    const auto name = peripheral.name().value_or("");
+    if (name.ends_with("-L"))
+        return AccessoryOrientation::left;
+    if (name.ends_with("-R"))
+        return AccessoryOrientation::right;
+    return AccessoryOrientation::unassigned;
+}
+
+}   // namespace
+
+std::shared_ptr<AuriskAccessory> AuriskAccessory::create(
+    std::shared_ptr<CBPeripheral> peripheral, DataView mfgData, std::weak_ptr<AccessoryManager> manager)
+{
+    return std::make_shared<AuriskAccessory>(Key{}, std::move(peripheral), mfgData, std::move(manager));
+}
+
+AuriskAccessory::AuriskAccessory(
+    Key key, std::shared_ptr<CBPeripheral> peripheral, DataView mfgData, std::weak_ptr<AccessoryManager> manager)
+    : Accessory(key, std::move(peripheral), mfgData, std::move(manager))
+    , _orientation(orientationOf(*this->peripheral()))
+{
+    const AuriskManuData manuData(mfgData);
+    _hearChip = manuData.hearChip;
+    take(manuData);
+}
+
+void AuriskAccessory::take(const AuriskManuData& manuData)
+{
+    _address = manuData.address;
+    _bleChip = manuData.bleChip;
+    _transEnable = manuData.transEnable;
+}
+
+void AuriskAccessory::updateManufacturerData(std::shared_ptr<CBPeripheral> peripheral, DataView mfgData)
+{
+    Accessory::updateManufacturerData(std::move(peripheral), mfgData);
+    take(AuriskManuData(mfgData));
+    if (const auto orientation = orientationOf(*this->peripheral()); orientation != AccessoryOrientation::unassigned)
+        _orientation = orientation;
+}
+
+std::string AuriskAccessory::name() const { return localName() ? *localName() : Accessory::name(); }
+
+std::optional<int> AuriskAccessory::volume() const
+{
+    const auto known = _program ? _volumeDic.find(*_program) : _volumeDic.end();
+    return known == _volumeDic.end() ? std::nullopt : std::optional(known->second);
+}
+
+std::optional<AuriskDsp> AuriskAccessory::dsp() const
+{
+    const auto known = _program ? _dspDic.find(*_program) : _dspDic.end();
+    return known == _dspDic.end() ? std::nullopt : std::optional(known->second);
+}
+
+void AuriskAccessory::request(const AuriskRequest& request, Complete complete)
+{
+    expectMainQueue();
+    if (state() != AccessoryState::connected) {
+        if (complete)
+            complete(AuriskResult::error(AuriskResultError::disconnected{}));
+        return;
+    }
+    if (_dataService)
+        _dataService->request(request, AuriskDataService::defaultTimeout, std::move(complete));
+}
+
+void AuriskAccessory::request(const std::vector<AuriskRequest>& requests, std::function<void()> complete)
+{
+    const auto group = std::make_shared<DispatchGroup>();
+    for (const auto& each : requests) {
+        group->enter();
+        request(each, [group](const AuriskResult&) { group->leave(); });
+    }
+    if (complete)
+        group->notify(DispatchQueue::main(), std::move(complete));
+}
+
+void AuriskAccessory::readNumberOfProgram(Complete complete)
+{
+    request(AuriskRequest::readGlobalDsp{ .chip = _hearChip }, std::move(complete));
+}
+
+void AuriskAccessory::readScenesOfProgram(Complete complete)
+{
+    request(AuriskRequest::readProfile{ .type = AuriskProfileType::productReserved }, std::move(complete));
+}
+
+void AuriskAccessory::readBattery()
+{
+    if (_batteryService)
+        _batteryService->read();
+}
+
+std::shared_ptr<AccessoryService> AuriskAccessory::initial(const std::shared_ptr<CBService>& service)
+{
+    static const CBUUID data(0xAE30), battery(0x180F);
+    if (service->uuid() == data) {
+        _dataService = AuriskDataService::create(service->uuid().uuidString(), peripheral(), service);
+        _dataService->setDelegate(self());
+        return _dataService;
+    }
+    if (service->uuid() == battery) {
+        _batteryService = AuriskBatService::create(service->uuid().uuidString(), peripheral(), service);
+        peripheral()->discoverCharacteristics(service);
+        _batteryService->setDelegate(self());
+        return _batteryService;
+    }
+    return nullptr;
+}
+
+std::shared_ptr<AuriskAccessory> AuriskAccessory::self()
+{
+    return std::static_pointer_cast<AuriskAccessory>(shared_from_this());
+}
+
+void AuriskAccessory::tell(const std::function<void(AuriskAccessoryDelegate&)>& what)
+{
+    if (const auto conforming = std::dynamic_pointer_cast<AuriskAccessoryDelegate>(delegate()))
+        what(*conforming);
+}
+
+void AuriskAccessory::didSendRequest(const AuriskRequest& request)
+{
+    tell([&](auto& delegate) { delegate.didSendRequest(self(), request); });
+}
+
+void AuriskAccessory::didFinishRequest(const AuriskRequest& request, const AuriskResult& result)
+{
+    if (!result.isSuccess())
+        return;
+    apply(*result.data(), request);
+    tell([&](auto& delegate) { delegate.didUpdateValue(self(), request); });
+}
+
+void AuriskAccessory::apply(const AuriskResponse& response, const AuriskRequest& request)
+{
+    std::visit(overloaded{
+                   [&](const AuriskResponse::didReadProgram& read) {
+                       _program = read.program;
+                       if (read.volume)
+                           _volumeDic[read.program] = *read.volume;
+                       else
+                           _volumeDic.erase(read.program);
+                   },
+                   // What a block or a profile field says is not kept: whoever asked has the bytes.
+                   [](const AuriskResponse::didReadDsp&) {},
+                   [](const AuriskResponse::didReadGlobal&) {},
+                   [](const AuriskResponse::didReadProfile&) {},
+                   [&](const AuriskResponse::didReadTransparency& read) { _transLevel = read.level; },
+                   [&](const AuriskResponse::didReadBrEdr& read) {
+                       _brEdr = read.enable;
+                       _brEdrContinuousIfEnable = read.continuousIfEnable;
+                   },
+                   [&](const AuriskResponse::didReadHearingTest& read) { _hearingSupported = read.supported; },
+                   [](const AuriskResponse::didNotify&) {
+                       printLine("didNotify is excuted by 'func didNotify(program: Int, volume: Int)' ");
+                   },
+                   [&](const auto&) { writeAcknowledged(request); },
+               },
+        response.value());
+}
+
+/// The reply carries no values, so what was asked for holds now.
+void AuriskAccessory::writeAcknowledged(const AuriskRequest& request)
+{
+    std::visit(
+        overloaded{
+            [&](const AuriskRequest::writeDsp& written) { _dspDic.insert_or_assign(written.program, written.dsp); },
+            [&](const AuriskRequest::writeGlobalDsp& written) { _global = written.global; },
+            [&](const AuriskRequest::controlVolume& set) { _volumeDic[set.program] = set.volume; },
+            [&](const AuriskRequest::controlProgram& set) { _program = set.program; },
+            [&](const AuriskRequest::setTransparency& set) { _transLevel = set.level; },
+            [&](const AuriskRequest::setBrEdr& set) {
+                _brEdr = set.enable;
+                _brEdrContinuousIfEnable = set.continuousIfEnable;
+            },
+            [](const auto&) {},
+        },
+        request.value());
+    tell([&](auto& delegate) { delegate.didUpdateValue(self(), request); });
+}
+
+void AuriskAccessory::didNotify(int program, int volume)
+{
+    if (_program != program) {
+        const auto previous = std::exchange(_program, program).value_or(program);
+        tell([&](auto& delegate) { delegate.didNotifyProgram(self(), previous, program); });
+        return;   // the volumes are left as they were, deliberately
+    }
+    const auto known = this->volume();
+    if (known == volume)
+        return;
+    _volumeDic[program] = volume;
+    tell([&](auto& delegate) { delegate.didNotifyVolume(self(), known.value_or(volume), volume); });
+}
+
+void AuriskAccessory::didUpdateBattery(int level)
+{
+    _bat = level;
+    tell([&](auto& delegate) { delegate.batteryDidChanged(self(), level); });
+}
+
+}   // namespace aurisk
