@@ -30,8 +30,9 @@ public:
 
     CBManagerState state() const;
 
-    /// Every central is told. Any state other than powered-on ends all scans (none goes on by itself later) and all
-    /// links: then peripherals that are connected are reported disconnected with an error, and attempts fail.
+    /// Every central is told. Any state other than powered-on ends all links: after the state, each peripheral that is
+    /// connected is reported disconnected with an error, and each attempt as failed. Scans hear nothing until the radio
+    /// is powered on again.
     void setState(CBManagerState state);
 
     /// The link of this aid goes, as if it had walked out of range; nothing where it has none.

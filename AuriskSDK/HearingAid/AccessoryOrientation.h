@@ -16,4 +16,4 @@ inline constexpr auto enumCases<AccessoryOrientation> = std::to_array<EnumCase<A
     { AccessoryOrientation::unassigned, "unassigned" },
 });
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -19,7 +19,7 @@ bool isAuriskDevice(DataView mfgData, const CBPeripheral& peripheral)
     return name.ends_with("-L") || name.ends_with("-R");
 }
 
-}   // namespace
+} // namespace
 
 std::shared_ptr<Accessory> DefaultAccesorySelector::select(
     const std::shared_ptr<CBPeripheral>& peripheral, DataView mfgData, const std::shared_ptr<AccessoryManager>& manager)
@@ -27,7 +27,7 @@ std::shared_ptr<Accessory> DefaultAccesorySelector::select(
     precondition(mfgData.size() >= 2, "manufacturer data of {} byte(s) has no company identifier", mfgData.size());
     const unsigned company = mfgData[0] | unsigned{ mfgData[1] } << 8;
     if (company == VORTILEX_MANUFACTURER_ID)
-        return nullptr;   // heard, but no class of this library speaks to that family yet
+        return nullptr; // heard, but no class of this library speaks to that family yet
     if (!isAuriskDevice(mfgData, *peripheral))
         return nullptr;
 
@@ -40,4 +40,4 @@ std::shared_ptr<Accessory> DefaultAccesorySelector::select(
     return nullptr;
 }
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -29,7 +29,7 @@ void append(std::string& text, std::uint8_t byte)
     text += digits[byte & 0x0F];
 }
 
-}   // namespace
+} // namespace
 
 CBUUID::CBUUID(std::uint16_t shortForm)
     : _bytes(bluetoothBase)
@@ -92,4 +92,4 @@ void CBPeripheralDelegate::peripheralDidUpdateNotificationStateFor(
 {
 }
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -31,7 +31,7 @@ public:
     using Bytes = std::array<std::uint8_t, 16>;
 
     explicit CBUUID(std::uint16_t shortForm);
-    explicit CBUUID(const Bytes& bytes)   ///< in the order in which the text form shows them
+    explicit CBUUID(const Bytes& bytes) ///< in the order in which the text form shows them
         : _bytes(bytes)
     {
     }
@@ -88,9 +88,9 @@ constexpr bool contains(CBCharacteristicProperties all, CBCharacteristicProperti
 
 /// What the platform says went wrong.
 struct BluetoothError {
-    std::string domain;   ///< who says so: a backend's name, or the daemon's error name
-    int code = 0;   ///< the domain's own number
-    std::string localizedDescription;   ///< a sentence for a person
+    std::string domain; ///< who says so: a backend's name, or the daemon's error name
+    int code = 0; ///< the domain's own number
+    std::string localizedDescription; ///< a sentence for a person
 
     friend bool operator==(const BluetoothError&, const BluetoothError&) = default;
 };
@@ -216,7 +216,7 @@ public:
 
 /// What one advertisement (with its scan response) said.
 struct CBAdvertisementData {
-    std::optional<Data> manufacturerData;   ///< the company identifier's two bytes first, little-endian
+    std::optional<Data> manufacturerData; ///< the company identifier's two bytes first, little-endian
     std::optional<std::string> localName;
 };
 
@@ -243,7 +243,7 @@ public:
 };
 
 struct CBScanOptions {
-    bool allowDuplicates = false;   ///< report every advertisement, not just a device's first
+    bool allowDuplicates = false; ///< report every advertisement, not just a device's first
 };
 
 /// The radio in the central role. Destroying it ends its scan and its connections, and nobody is told.
@@ -270,7 +270,7 @@ public:
 };
 
 struct CBCentralManagerOptions {
-    bool showPowerAlert = false;   ///< the platform may ask the user to switch the radio on, or do it itself
+    bool showPowerAlert = false; ///< the platform may ask the user to switch the radio on, or do it itself
 };
 
 /// Where centrals come from: what a host hands to AccessoryManager::create.
@@ -283,4 +283,4 @@ public:
         = 0;
 };
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -29,4 +29,4 @@ std::shared_ptr<DispatchTimer> DispatchTimer::scheduledTimer(DispatchQueue& queu
     return timer;
 }
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -84,4 +84,4 @@ private:
     Work _work;
 };
 
-}   // namespace aurisk
+} // namespace aurisk

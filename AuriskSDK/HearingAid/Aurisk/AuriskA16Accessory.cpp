@@ -8,4 +8,4 @@ std::shared_ptr<AuriskA16Accessory> AuriskA16Accessory::create(
     return std::make_shared<AuriskA16Accessory>(Key{}, std::move(peripheral), mfgData, std::move(manager));
 }
 
-}   // namespace aurisk
+} // namespace aurisk

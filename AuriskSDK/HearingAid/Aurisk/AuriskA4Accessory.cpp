@@ -8,4 +8,4 @@ std::shared_ptr<AuriskA4Accessory> AuriskA4Accessory::create(
     return std::make_shared<AuriskA4Accessory>(Key{}, std::move(peripheral), mfgData, std::move(manager));
 }
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -14,4 +14,4 @@ public:
     std::string_view className() const override { return "AuriskA4Accessory"; }
 };
 
-}   // namespace aurisk
+} // namespace aurisk

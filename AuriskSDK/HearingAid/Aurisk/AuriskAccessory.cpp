@@ -18,7 +18,7 @@ AccessoryOrientation orientationOf(const CBPeripheral& peripheral)
     return AccessoryOrientation::unassigned;
 }
 
-}   // namespace
+} // namespace
 
 std::shared_ptr<AuriskAccessory> AuriskAccessory::create(
     std::shared_ptr<CBPeripheral> peripheral, DataView mfgData, std::weak_ptr<AccessoryManager> manager)
@@ -198,7 +198,7 @@ void AuriskAccessory::didNotify(int program, int volume)
     if (_program != program) {
         const auto previous = std::exchange(_program, program).value_or(program);
         tell([&](auto& delegate) { delegate.didNotifyProgram(self(), previous, program); });
-        return;   // the volumes are left as they were, deliberately
+        return; // the volumes are left as they were, deliberately
     }
     const auto known = this->volume();
     if (known == volume)
@@ -213,4 +213,4 @@ void AuriskAccessory::didUpdateBattery(int level)
     tell([&](auto& delegate) { delegate.batteryDidChanged(self(), level); });
 }
 
-}   // namespace aurisk
+} // namespace aurisk

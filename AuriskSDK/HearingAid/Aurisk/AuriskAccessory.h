@@ -66,17 +66,17 @@ public:
     bool transEnable() const { return _transEnable; }
 
     // What is known of the device's state. None, or absent: not known yet.
-    std::optional<int> bat() const { return _bat; }   ///< percent
-    std::optional<int> program() const { return _program; }   ///< the current one
-    const std::map<int, int>& volumeDic() const { return _volumeDic; }   ///< by program; 0 to 15
-    std::optional<int> volume() const;   ///< of the current program
-    const std::map<int, AuriskDsp>& dspDic() const { return _dspDic; }   ///< by program
-    std::optional<AuriskDsp> dsp() const;   ///< of the current program
+    std::optional<int> bat() const { return _bat; } ///< percent
+    std::optional<int> program() const { return _program; } ///< the current one
+    const std::map<int, int>& volumeDic() const { return _volumeDic; } ///< by program; 0 to 15
+    std::optional<int> volume() const; ///< of the current program
+    const std::map<int, AuriskDsp>& dspDic() const { return _dspDic; } ///< by program
+    std::optional<AuriskDsp> dsp() const; ///< of the current program
     const std::optional<AuriskGlobalDsp>& global() const { return _global; }
-    std::optional<bool> brEdr() const { return _brEdr; }   ///< classic Bluetooth
+    std::optional<bool> brEdr() const { return _brEdr; } ///< classic Bluetooth
     bool brEdrContinuousIfEnable() const { return _brEdrContinuousIfEnable; }
     std::optional<int> transLevel() const { return _transLevel; }
-    bool hearingSupported() const { return _hearingSupported; }   ///< the in-situ hearing test
+    bool hearingSupported() const { return _hearingSupported; } ///< the in-situ hearing test
 
     // The services of the current connection, none before their discovery; after a disconnection those of the last one.
     const std::shared_ptr<AuriskDataService>& dataService() const { return _dataService; }
@@ -136,4 +136,4 @@ private:
     std::shared_ptr<AuriskBatService> _batteryService;
 };
 
-}   // namespace aurisk
+} // namespace aurisk

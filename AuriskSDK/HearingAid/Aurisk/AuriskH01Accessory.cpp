@@ -8,4 +8,4 @@ std::shared_ptr<AuriskH01Accessory> AuriskH01Accessory::create(
     return std::make_shared<AuriskH01Accessory>(Key{}, std::move(peripheral), mfgData, std::move(manager));
 }
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -14,4 +14,4 @@ public:
     std::string_view className() const override { return "AuriskH01Accessory"; }
 };
 
-}   // namespace aurisk
+} // namespace aurisk

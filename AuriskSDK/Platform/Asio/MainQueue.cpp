@@ -115,7 +115,7 @@ Main& mainQueue(asio::io_context* hosts = nullptr)
     return *main;
 }
 
-}   // namespace
+} // namespace
 
 DispatchQueue& DispatchQueue::main() { return *mainQueue().current; }
 
@@ -139,4 +139,4 @@ void useMainQueue(asio::io_context& context)
 
 asio::io_context& mainQueueContext() { return mainQueue().asio.context(); }
 
-}   // namespace aurisk
+} // namespace aurisk

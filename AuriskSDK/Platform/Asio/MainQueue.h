@@ -31,4 +31,4 @@ void useMainQueue(asio::io_context& context);
 /// The loop that the main queue runs on, for backends that wait for descriptors on it.
 asio::io_context& mainQueueContext();
 
-}   // namespace aurisk
+} // namespace aurisk

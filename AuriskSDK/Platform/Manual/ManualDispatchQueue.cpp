@@ -10,7 +10,7 @@ namespace {
 /// More pieces of work than this at one instant are a loop, which is to fail rather than to hang.
 constexpr int mostAtOneInstant = 100'000;
 
-}   // namespace
+} // namespace
 
 ManualClock::Ticks ManualClock::ticks(Seconds span) { return std::chrono::round<Ticks>(std::max(span, Seconds(0))); }
 
@@ -39,4 +39,4 @@ void ManualClock::runUntil(Ticks end)
     _now = std::max(_now, end);
 }
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -28,14 +28,14 @@ public:
 
 private:
     friend class ManualDispatchQueue;
-    using Ticks = std::chrono::nanoseconds;   ///< whole ones: 0.1 s ten times is exactly 1 s
+    using Ticks = std::chrono::nanoseconds; ///< whole ones: 0.1 s ten times is exactly 1 s
 
     static Ticks ticks(Seconds span);
     void add(Seconds delay, Work work);
     void runUntil(Ticks end);
 
     Ticks _now{ 0 };
-    std::multimap<Ticks, Work> _due;   ///< equal keys keep their order of insertion
+    std::multimap<Ticks, Work> _due; ///< equal keys keep their order of insertion
 };
 
 /// A queue in virtual time, for tests and for simulations that need not wait.
@@ -64,4 +64,4 @@ private:
     std::thread::id _thread = std::this_thread::get_id();
 };
 
-}   // namespace aurisk
+} // namespace aurisk

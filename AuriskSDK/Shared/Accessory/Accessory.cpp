@@ -122,7 +122,7 @@ void Accessory::didDisconnect(const MaybeError& error)
     if (error)
         log(error->localizedDescription);
     _peripheral->setDelegate(
-        weak_from_this());   // deliberately again: the next connection's callbacks are to arrive here
+        weak_from_this()); // deliberately again: the next connection's callbacks are to arrive here
     setState(AccessoryState::disconnected);
     if (const auto delegate = _delegate.lock())
         delegate->deviceDidDisconnect(shared_from_this(), error);
@@ -194,4 +194,4 @@ void Accessory::peripheralDidUpdateNotificationStateFor(
         alpha->peripheralDidUpdateNotificationStateFor(peripheral, characteristic, error);
 }
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -18,10 +18,10 @@ class Accessory;
 class AccessoryManager;
 
 enum class AccessoryState : std::uint8_t {
-    disconnected = 0,   ///< at first; after a failed connection; after a disconnection
-    disconnecting = 1,   ///< `disconnect` has asked the radio to end the connection
-    connecting = 2,   ///< `connect` has asked the radio for a connection
-    connected = 3,   ///< the radio has reported the connection
+    disconnected = 0, ///< at first; after a failed connection; after a disconnection
+    disconnecting = 1, ///< `disconnect` has asked the radio to end the connection
+    connecting = 2, ///< `connect` has asked the radio for a connection
+    connected = 3, ///< the radio has reported the connection
 };
 
 /// Hears what becomes of one accessory. Called on the main queue; each change of state is told before its own event.
@@ -159,4 +159,4 @@ private:
     AccessoryState _state = AccessoryState::disconnected;
 };
 
-}   // namespace aurisk
+} // namespace aurisk

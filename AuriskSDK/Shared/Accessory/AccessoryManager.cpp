@@ -13,7 +13,7 @@ namespace {
 
 std::string keyOf(const CBPeripheral& peripheral) { return peripheral.identifier().uuidString(); }
 
-}   // namespace
+} // namespace
 
 std::shared_ptr<AccessoryManager> AccessoryManager::create(std::shared_ptr<BluetoothPlatform> platform)
 {
@@ -52,7 +52,7 @@ void AccessoryManager::openBluetooth()
     if (blueState() == CBManagerState::poweredOn)
         return;
     makeCentralManager({ .showPowerAlert = true });
-    if (_isScanning && _centralManager)   // the scan outlasts the central that carried it
+    if (_isScanning && _centralManager) // the scan outlasts the central that carried it
         _centralManager->scanForPeripherals({ .allowDuplicates = true });
 }
 
@@ -194,4 +194,4 @@ void AccessoryManager::centralManagerDidFailToConnect(
         accessory->didFailToConnect(error);
 }
 
-}   // namespace aurisk
+} // namespace aurisk

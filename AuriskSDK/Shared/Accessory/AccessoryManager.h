@@ -129,8 +129,8 @@ private:
 
     std::shared_ptr<BluetoothPlatform> _platform;
     std::shared_ptr<CBCentralManager> _centralManager;
-    std::unordered_map<std::string, std::shared_ptr<Accessory>> _accessoryDictionary;   ///< by peripheral identifier
-    std::vector<std::shared_ptr<Accessory>> _inOrder;   ///< the same accessories, as they were discovered
+    std::unordered_map<std::string, std::shared_ptr<Accessory>> _accessoryDictionary; ///< by peripheral identifier
+    std::vector<std::shared_ptr<Accessory>> _inOrder; ///< the same accessories, as they were discovered
     std::shared_ptr<DispatchTimer> _timer;
     bool _waitingToScan = false;
     bool _isScanning = false;
@@ -141,4 +141,4 @@ private:
     std::shared_ptr<AccessorySelectorDelegate> _selector = std::make_shared<DefaultAccesorySelector>();
 };
 
-}   // namespace aurisk
+} // namespace aurisk

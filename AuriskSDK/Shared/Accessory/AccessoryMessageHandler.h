@@ -106,7 +106,7 @@ private:
         {
         }
         T value;
-        Seconds time;   ///< of creation, then of sending: what ties a time-out to its sending
+        Seconds time; ///< of creation, then of sending: what ties a time-out to its sending
         std::optional<Seconds> timeOut;
         ResultAction resultAction;
         bool isSent = false;
@@ -125,7 +125,7 @@ private:
 
     void send(const MessageReference& message)
     {
-        if (_sending != message)   // aborted in the pause
+        if (_sending != message) // aborted in the pause
             return;
         message->time = nextTime();
         message->isSent = true;
@@ -145,11 +145,11 @@ private:
 
     void deliver(const MessageReference& message, const std::optional<R>& result)
     {
-        if (_sending != message)   // something else has completed it in the meantime
+        if (_sending != message) // something else has completed it in the meantime
             return;
         _messageQueue.dequeue();
         complete(*message, result);
-        if (_sending == message)   // the completion may have aborted everything and begun anew
+        if (_sending == message) // the completion may have aborted everything and begun anew
             _sending = nullptr;
         executeNext();
     }
@@ -176,12 +176,12 @@ private:
 
     static constexpr std::string_view tag = "AccessoryMessageHandler";
 
-    Queue<MessageReference> _messageQueue;   ///< its head is the one on its way, where there is one
-    MessageReference _sending;   ///< the one on its way: waiting out its pause, or on the air
+    Queue<MessageReference> _messageQueue; ///< its head is the one on its way, where there is one
+    MessageReference _sending; ///< the one on its way: waiting out its pause, or on the air
     RequestAction _requestAction;
     bool _start = false;
     DispatchQueue& _dispatchQueue;
     Seconds _lastTime{ 0 };
 };
 
-}   // namespace aurisk
+} // namespace aurisk

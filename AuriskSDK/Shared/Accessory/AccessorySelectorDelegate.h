@@ -30,4 +30,4 @@ public:
         const std::shared_ptr<AccessoryManager>& manager) override;
 };
 
-}   // namespace aurisk
+} // namespace aurisk

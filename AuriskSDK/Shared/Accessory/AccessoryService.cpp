@@ -16,4 +16,4 @@ AccessoryService::AccessoryService(
 
 void AccessoryService::log(std::string_view message) const { AuriskLog::log(fmt::format("[{}] {}", _tag, message)); }
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -53,4 +53,4 @@ private:
     std::string _tag;
 };
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -18,7 +18,7 @@ namespace aurisk {
 namespace {
 
 std::atomic<bool> isEnabled = false;
-std::mutex loggerMutex;   // the logger is installed on one thread and called on others
+std::mutex loggerMutex; // the logger is installed on one thread and called on others
 
 struct LevelRow {
     LogLevel level;
@@ -40,7 +40,7 @@ void writeToStandardOutput(std::string_view text)
         if (written < 0 && errno == EINTR)
             continue;
         if (written <= 0)
-            return;   // nobody reads it; a log has nowhere to complain
+            return; // nobody reads it; a log has nowhere to complain
         text.remove_prefix(static_cast<std::size_t>(written));
     }
 }
@@ -87,7 +87,7 @@ std::string timeStamp()
     return fmt::format("{:%Y-%m-%d %H:%M:%S}.{:03}", local, milliseconds);
 }
 
-}   // namespace
+} // namespace
 
 std::string_view name(LogLevel level)
 {
@@ -169,4 +169,4 @@ void AuriskLog::setLogger(std::weak_ptr<LoggerDelegate> logger)
 
 void printLine(std::string_view line) { writeToStandardOutput(fmt::format("{}\n", line)); }
 
-}   // namespace aurisk
+} // namespace aurisk

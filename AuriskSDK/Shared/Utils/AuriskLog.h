@@ -112,4 +112,4 @@ private:
 /// Writes `line` and a line feed to standard output in one piece, whether the log is on or not.
 void printLine(std::string_view line);
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -27,4 +27,4 @@ private:
     Data _bytes;
 };
 
-}   // namespace aurisk
+} // namespace aurisk

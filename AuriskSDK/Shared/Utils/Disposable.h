@@ -9,4 +9,4 @@ public:
     virtual void dispose() = 0;
 };
 
-}   // namespace aurisk
+} // namespace aurisk

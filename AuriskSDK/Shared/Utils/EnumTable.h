@@ -56,4 +56,4 @@ template <TabledEnum E> constexpr std::string_view caseName(E value)
     return row ? row->name : std::string_view();
 }
 
-}   // namespace aurisk
+} // namespace aurisk

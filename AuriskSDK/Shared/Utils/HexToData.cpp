@@ -15,13 +15,13 @@ std::optional<std::uint8_t> digitValue(char digit)
     return std::nullopt;
 }
 
-}   // namespace
+} // namespace
 
 std::optional<Data> ask_hexadecimal(std::string_view text)
 {
     Data bytes;
     bytes.reserve(text.size() / 2);
-    std::optional<std::uint8_t> high;   // the first digit of a pair, waiting for its second
+    std::optional<std::uint8_t> high; // the first digit of a pair, waiting for its second
     for (const char character : text) {
         const auto digit = digitValue(character);
         if (digit && high) {
@@ -52,4 +52,4 @@ std::string ask_hexadecimal(DataView bytes)
     return text;
 }
 
-}   // namespace aurisk
+} // namespace aurisk

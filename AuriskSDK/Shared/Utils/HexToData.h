@@ -16,4 +16,4 @@ std::optional<Data> ask_hexadecimal(std::string_view text);
 /// Two lower-case digits a byte, nothing between them.
 std::string ask_hexadecimal(DataView bytes);
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -74,4 +74,4 @@ template <typename... Cases> std::string description(const std::variant<Cases...
     return std::visit([](const auto& one) { return description(one); }, value);
 }
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -16,7 +16,7 @@ namespace {
 std::atomic<PreconditionPolicy> currentPolicy = PreconditionPolicy::stop;
 thread_local int containments = 0;
 
-}   // namespace
+} // namespace
 
 void setPreconditionPolicy(PreconditionPolicy policy) { currentPolicy = policy; }
 
@@ -47,4 +47,4 @@ void logContained(std::string_view what, const PreconditionStop& stop)
     AuriskLog::log(fmt::format("{} dropped: {}", what, stop.what()));
 }
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -70,4 +70,4 @@ template <typename Decode> auto decodeFromDevice(std::string_view what, Decode&&
     }
 }
 
-}   // namespace aurisk
+} // namespace aurisk

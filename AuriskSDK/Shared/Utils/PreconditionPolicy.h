@@ -4,8 +4,8 @@ namespace aurisk {
 
 /// What happens when a precondition breaks while bytes from a device are taken apart.
 enum class PreconditionPolicy {
-    stop,   ///< one line on standard error, and the process stops: the default
-    contain,   ///< the bytes are dropped and logged as if they had not arrived; what applications in the field choose
+    stop, ///< one line on standard error, and the process stops: the default
+    contain, ///< the bytes are dropped and logged as if they had not arrived; what applications in the field choose
 };
 
 /// Chooses the policy for the whole process; once, before the first device is found. A precondition that application
@@ -14,4 +14,4 @@ void setPreconditionPolicy(PreconditionPolicy policy);
 
 PreconditionPolicy preconditionPolicy();
 
-}   // namespace aurisk
+} // namespace aurisk

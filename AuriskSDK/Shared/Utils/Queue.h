@@ -32,4 +32,4 @@ private:
     std::deque<T> _elements;
 };
 
-}   // namespace aurisk
+} // namespace aurisk

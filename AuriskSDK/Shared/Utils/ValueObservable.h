@@ -121,4 +121,4 @@ private:
     T _value;
 };
 
-}   // namespace aurisk
+} // namespace aurisk

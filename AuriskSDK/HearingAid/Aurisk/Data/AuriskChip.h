@@ -27,4 +27,4 @@ inline constexpr auto enumCases<AuriskBLEChip> = std::to_array<EnumCase<AuriskBL
     { AuriskBLEChip::unassigned, "unassigned" },
 });
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -31,4 +31,4 @@ std::string description(const AuriskDsp& dsp) { return description(dsp.toBytes()
 
 std::string description(const AuriskGlobalDsp& global) { return description(global.toData()); }
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -126,4 +126,4 @@ private:
 std::string description(const AuriskDsp& dsp);
 std::string description(const AuriskGlobalDsp& global);
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t addressOffset = 2, addressSize = 6, radioOffset = 8, chipOffset = 9;
 constexpr std::uint8_t transparencyFlag = 0x80;
 
-}   // namespace
+} // namespace
 
 AuriskManuData::AuriskManuData(DataView mfgData)
 {
@@ -30,4 +30,4 @@ std::string manuDataToMac(DataView data, std::string_view separator)
     return fmt::format("{:02X}", fmt::join(data, separator));
 }
 
-}   // namespace aurisk
+} // namespace aurisk

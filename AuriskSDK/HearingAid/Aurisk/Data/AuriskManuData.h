@@ -14,7 +14,7 @@ namespace aurisk {
 ///
 /// The flag and the radio chip share a byte: with the flag set, the chip reads as `u87`.
 struct AuriskManuData {
-    std::string address = {};   ///< "0A:1B:2C:3D:4E:5F"
+    std::string address = {}; ///< "0A:1B:2C:3D:4E:5F"
     AuriskChip hearChip = AuriskChip::a4;
     AuriskBLEChip bleChip = AuriskBLEChip::u87;
     bool transEnable = false;
@@ -29,4 +29,4 @@ struct AuriskManuData {
 /// Two upper-case digits a byte, joined by `separator`.
 std::string manuDataToMac(DataView data, std::string_view separator);
 
-}   // namespace aurisk
+} // namespace aurisk

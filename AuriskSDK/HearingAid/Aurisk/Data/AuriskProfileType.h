@@ -42,4 +42,4 @@ inline constexpr auto enumCases<AuriskProfileType> = std::to_array<EnumCase<Auri
     { AuriskProfileType::unknown, "unknown" },
 });
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -15,4 +15,4 @@ inline constexpr auto enumCases<AuriskProgram> = std::to_array<EnumCase<AuriskPr
     { AuriskProgram::music, "music" },
 });
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t identifierCount = 2;
 constexpr std::size_t mostPayload = std::numeric_limits<std::uint8_t>::max() - identifierCount;
-constexpr std::size_t frameOverhead = 6;   // FE 68 cmd size, sum 16
+constexpr std::size_t frameOverhead = 6; // FE 68 cmd size, sum 16
 
 /// Modulo 256.
 std::uint8_t checksum(DataView bytes)
@@ -22,7 +22,7 @@ std::uint8_t checksum(DataView bytes)
     return static_cast<std::uint8_t>(std::accumulate(bytes.begin(), bytes.end(), 0U));
 }
 
-}   // namespace
+} // namespace
 
 AuriskRawData AuriskRawData::make(std::uint8_t cmd, std::uint8_t di0, std::uint8_t di1, std::optional<Data> data)
 {
@@ -81,4 +81,4 @@ std::string description(const AuriskRawData& frame)
         frame.dataSize, description(frame.di0), description(frame.di1), description(frame.data));
 }
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -49,4 +49,4 @@ struct AuriskRawData {
 
 std::string description(const AuriskRawData& frame);
 
-}   // namespace aurisk
+} // namespace aurisk

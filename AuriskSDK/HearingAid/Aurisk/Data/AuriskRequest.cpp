@@ -33,7 +33,7 @@ std::uint8_t packed(const AuriskRequest::controlVolume& r)
 
 std::uint32_t unsigned32(std::int32_t value, std::string_view what) { return exactly<std::uint32_t>(value, what); }
 
-}   // namespace
+} // namespace
 
 AuriskRawData AuriskRequest::requestRawData() const
 {
@@ -43,7 +43,7 @@ AuriskRawData AuriskRequest::requestRawData() const
             [&](const readVolume& r) { return frame(reading, fromOne(r.program), 0x04, {}); },
             [&](const readDsp& r) {
                 return frame(reading, byte(r.program, "program"), 0x03, {});
-            },   // from 0, deliberately
+            }, // from 0, deliberately
             [&](const readGlobalDsp& r) { return frame(reading, byte(globalBlock(r.chip), "chip"), 0x03, {}); },
             [&](const readProfile& r) { return frame(reading, rawValue(r.type), 0x08, {}); },
             [&](const writeDsp& r) {
@@ -70,7 +70,7 @@ AuriskRawData AuriskRequest::requestRawData() const
                 const int mode = !r.enable ? 0x00 : r.continuousIfEnable ? 0x01 : 0x02;
                 return frame(auxiliary, 0xAF, 0x00, Data{ byte(mode, "mode") });
             },
-            [&](const enterHearingMode& r) {   // 0 enters, inverted on purpose
+            [&](const enterHearingMode& r) { // 0 enters, inverted on purpose
                 return frame(auxiliary, hearingTest, 0x04, Data{ std::uint8_t(r.enter ? 0x00 : 0x01) });
             },
             [&](const setBaseAmplitude& r) {
@@ -108,4 +108,4 @@ AuriskRawData AuriskRequest::requestRawData() const
 
 std::string description(const AuriskRequest& request) { return description(request.value()); }
 
-}   // namespace aurisk
+} // namespace aurisk

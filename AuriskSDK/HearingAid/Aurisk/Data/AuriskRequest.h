@@ -247,4 +247,4 @@ private:
 
 std::string description(const AuriskRequest& request);
 
-}   // namespace aurisk
+} // namespace aurisk

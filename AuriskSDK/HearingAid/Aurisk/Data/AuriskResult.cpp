@@ -74,7 +74,7 @@ AuriskResponse auxiliaryResponse(const AuriskRawData& frame)
     constexpr std::uint8_t continuously = 1;
 
     if (frame.di0 == hearingTest && frame.di1 == hearingTestSupport)
-        return AuriskResponse::didReadHearingTest{ .supported = true };   // that there is a reply means support
+        return AuriskResponse::didReadHearingTest{ .supported = true }; // that there is a reply means support
     if (frame.di0 && frame.data)
         switch (*frame.di0) {
         case pairCode: return AuriskResponse::didReadPairCode{ .code = *frame.data };
@@ -106,7 +106,7 @@ AuriskResponse notified(const AuriskRawData& frame)
     return AuriskResponse::didNotify{ .program = static_cast<int>(current) - 1, .volume = volumes[current - 1] };
 }
 
-}   // namespace
+} // namespace
 
 AuriskResponse AuriskRawData::toResponse() const
 {
@@ -146,4 +146,4 @@ std::string description(const AuriskResult& result)
                               : "error(error: " + description(*result.error()) + ")";
 }
 
-}   // namespace aurisk
+} // namespace aurisk

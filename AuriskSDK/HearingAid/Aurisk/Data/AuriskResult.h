@@ -199,4 +199,4 @@ std::string description(const AuriskResponse& response);
 std::string description(const AuriskResultError& error);
 std::string description(const AuriskResult& result);
 
-}   // namespace aurisk
+} // namespace aurisk

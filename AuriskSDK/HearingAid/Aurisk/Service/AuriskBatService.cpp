@@ -57,4 +57,4 @@ void AuriskBatService::report(const CBCharacteristic& characteristic)
         delegate->didUpdateBattery(characteristic.value()->front());
 }
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -11,7 +11,7 @@ namespace aurisk {
 class AuriskBatServiceDelegate {
 public:
     virtual ~AuriskBatServiceDelegate() = default;
-    virtual void didUpdateBattery(int level) = 0;   ///< 0 to 255, in percent by the standard
+    virtual void didUpdateBattery(int level) = 0; ///< 0 to 255, in percent by the standard
 };
 
 /// The standard Battery Service, 180F: subscribes to the Battery Level, 2A19, and reports every level that arrives.
@@ -47,4 +47,4 @@ private:
     std::weak_ptr<AuriskBatServiceDelegate> _delegate;
 };
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -115,4 +115,4 @@ void AuriskDataService::didUpdateValueForCharacteristic(
         delegate->didNotify(notified->program, notified->volume);
 }
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -63,8 +63,8 @@ private:
 
     std::shared_ptr<CBCharacteristic> _writeCharacteristic;
     std::shared_ptr<CBCharacteristic> _notifyCharacteristic;
-    std::shared_ptr<Handler> _messageHandler;   ///< there from `create` on
+    std::shared_ptr<Handler> _messageHandler; ///< there from `create` on
     std::weak_ptr<AuriskDataServiceDelegate> _delegate;
 };
 
-}   // namespace aurisk
+} // namespace aurisk
