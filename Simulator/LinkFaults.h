@@ -1,7 +1,6 @@
 #pragma once
 
 #include "AuriskSDK/Platform/Dispatch.h"
-#include "Simulator/SimulatedWorldError.h"
 
 #include <nlohmann/json_fwd.hpp>
 #include <string>
@@ -9,21 +8,23 @@
 
 namespace aurisk {
 
+class WorldReader;
+
 /// One thing that goes wrong with one message of a link.
 struct Fault {
     enum class Kind {
-        dropLinkBefore,   ///< the link goes in place of the message
-        dropLinkAfter,   ///< the message arrives, and the link goes before anything that answers it
-        lose,   ///< never arrives
-        duplicate,   ///< arrives twice, the second time at once; only where the message carries a value
-        delay,   ///< arrives later `by` so much, and holds nothing up
-        corrupt,   ///< one bit in the middle of the value is flipped; only where the message carries one
-        refuse,   ///< a request is answered with the error reply; an answer says that it failed
+        dropLinkBefore, ///< the link goes in place of the message
+        dropLinkAfter, ///< the message arrives, and the link goes before anything that answers it
+        lose, ///< never arrives
+        duplicate, ///< arrives twice, the second time at once; only where the message carries a value
+        delay, ///< arrives later `by` so much, and holds nothing up
+        corrupt, ///< one bit in the middle of the value is flipped; only where the message carries one
+        refuse, ///< a request is answered with the error reply; an answer says that it failed
     };
 
     Kind kind = Kind::lose;
-    int message = 1;   ///< which one, counted from 1
-    Seconds by{ 0 };   ///< for `delay`
+    int message = 1; ///< which one, counted from 1
+    Seconds by{ 0 }; ///< for `delay`
 
     friend bool operator==(const Fault&, const Fault&) = default;
 };
@@ -35,10 +36,10 @@ struct Fault {
 /// write confirmed, each read answered, each notification. What a host merely asks for, other than by a write, has no
 /// number: its answer has. Several faults of one message come together.
 struct LinkFaults {
-    Seconds latency{ 0.005 };   ///< one way
-    bool refusesConnections = false;   ///< an attempt fails with an error
-    bool ignoresConnections = false;   ///< an attempt never completes
-    bool isSilent = false;   ///< hears everything and answers no read and notifies nothing
+    Seconds latency{ 0.005 }; ///< one way
+    bool refusesConnections = false; ///< an attempt fails with an error
+    bool ignoresConnections = false; ///< an attempt never completes
+    bool isSilent = false; ///< hears everything and answers no read and notifies nothing
     std::vector<Fault> faults = {};
 
     friend bool operator==(const LinkFaults&, const LinkFaults&) = default;
@@ -46,7 +47,7 @@ struct LinkFaults {
 
 nlohmann::json toJson(const LinkFaults& faults);
 
-/// What is missing has its default. Throws SimulatedWorldError; `place` is what it calls the value.
-LinkFaults linkFaultsFromJson(const nlohmann::json& value, const std::string& place = "faults");
+/// What is missing has its default. The rest of the object is the caller's to read.
+LinkFaults linkFaultsFrom(WorldReader& reader);
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -103,4 +103,4 @@ private:
 /// Makes an aid of any kind from its JSON form. Throws SimulatedWorldError; `place` is what it calls the value.
 std::shared_ptr<SimulatedAid> aidFromJson(const nlohmann::json& value, const std::string& place = "aid");
 
-}   // namespace aurisk
+} // namespace aurisk

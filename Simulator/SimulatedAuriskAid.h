@@ -61,4 +61,4 @@ private:
     AuriskAidState _state;
 };
 
-}   // namespace aurisk
+} // namespace aurisk

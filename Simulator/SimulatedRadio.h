@@ -6,10 +6,12 @@
 
 #include <memory>
 #include <string_view>
+#include <vector>
 
 namespace aurisk {
 
-class SimulatedAir;
+class SimulatedCentral;
+struct SimulatedAir;
 
 /// A Bluetooth radio that hears the aids of a world instead of real ones. Use it, and the centrals it makes, on the
 /// thread that runs its queue.
@@ -50,6 +52,7 @@ public:
 
 private:
     std::shared_ptr<SimulatedAir> _air;
+    std::vector<std::weak_ptr<SimulatedCentral>> _centrals;
 };
 
-}   // namespace aurisk
+} // namespace aurisk

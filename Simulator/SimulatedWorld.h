@@ -19,16 +19,16 @@ namespace aurisk {
 /// One aid and how the radio hears it.
 struct PlacedAid {
     std::shared_ptr<SimulatedAid> aid;
-    int rssi = -60;   ///< dBm, -127 to 20
-    Seconds advertisingInterval{ 0.2 };   ///< 0.02 s to 10.24 s
-    int mtu = 247;   ///< ATT_MTU of a connection, 23 to 517; a value carries three bytes less
+    int rssi = -60; ///< dBm, -127 to 20
+    Seconds advertisingInterval{ 0.2 }; ///< 0.02 s to 10.24 s
+    int mtu = 247; ///< ATT_MTU of a connection, 23 to 517; a value carries three bytes less
     LinkFaults faults = {};
 };
 
 /// One line of a script: what the wearer of one aid does, and when.
 struct ScriptedAction {
-    Seconds at{ 0 };   ///< from the start of the run, or of the script's current repetition
-    std::string aid;   ///< its name
+    Seconds at{ 0 }; ///< from the start of the run, or of the script's current repetition
+    std::string aid; ///< its name
     WearerAction action;
 
     friend bool operator==(const ScriptedAction&, const ScriptedAction&) = default;
@@ -40,9 +40,9 @@ struct ScriptedAction {
 /// A copy shares its aids. Neither aids nor script are to be added or removed once a simulator runs the world.
 struct SimulatedWorld {
     CBManagerState radioState = CBManagerState::poweredOn;
-    std::vector<PlacedAid> aids = {};   ///< no two of one name or one address
-    std::vector<ScriptedAction> script = {};   ///< in the order of time
-    std::optional<Seconds> scriptPeriod = {};   ///< starts the script again after so long; none: it runs once
+    std::vector<PlacedAid> aids = {}; ///< no two of one name or one address
+    std::vector<ScriptedAction> script = {}; ///< in the order of time
+    std::optional<Seconds> scriptPeriod = {}; ///< starts the script again after so long; none: it runs once
 
     /// A pair X1-L and X1-R, a single Solo-L, and wearers who touch their aids every few seconds.
     static SimulatedWorld makeDefault();
@@ -66,4 +66,4 @@ struct SimulatedWorld {
     const PlacedAid& placed(std::string_view name) const;
 };
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -22,7 +22,7 @@ class Simulator : public std::enable_shared_from_this<Simulator> {
     };
 
 public:
-    /// Starts the script at its time 0.
+    /// Starts the script at its time 0. Throws SimulatedWorldError for a world that cannot be.
     static std::shared_ptr<Simulator> create(SimulatedWorld world, DispatchQueue& queue = DispatchQueue::main());
     Simulator(Key, SimulatedWorld world, DispatchQueue& queue);
 
@@ -43,4 +43,4 @@ private:
     std::shared_ptr<SimulatedRadio> _radio;
 };
 
-}   // namespace aurisk
+} // namespace aurisk

@@ -1,0 +1,58 @@
+#include "Simulator/SimulatedAid.h"
+
+#include "AuriskSDK/Shared/Utils/HexToData.h"
+#include "Simulator/SimulatedAuriskAid.h"
+#include "Simulator/WorldReader.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace aurisk {
+
+std::optional<WearerAction> WearerAction::fromString(std::string_view text)
+{
+    const auto blank = text.find(' ');
+    if (blank == 0 || blank == std::string_view::npos)
+        return std::nullopt;
+    const auto number = text.substr(blank + 1);
+    WearerAction action{ std::string(text.substr(0, blank)) };
+    const auto [rest, error] = std::from_chars(number.data(), number.data() + number.size(), action.value);
+    if (error != std::errc() || rest != number.data() + number.size())
+        return std::nullopt;
+    return action;
+}
+
+std::string WearerAction::toString() const { return what + " " + std::to_string(value); }
+
+CBUUID SimulatedAid::identifier() const
+{
+    CBUUID::Bytes bytes = { 0x5A, 0x1D, 0x00, 0x00, 0xA1, 0xD5, 0x40, 0x00, 0x80, 0x00 };
+    const auto digits = ask_hexadecimal(address()).value_or(Data{});
+    std::copy_n(digits.begin(), std::min<std::size_t>(digits.size(), 6), bytes.begin() + 10);
+    return CBUUID(bytes);
+}
+
+void SimulatedAid::didSubscribe(const CBUUID& characteristic, bool enabled)
+{
+    if (enabled)
+        _subscriptions.insert(characteristic);
+    else
+        _subscriptions.erase(characteristic);
+}
+
+void SimulatedAid::send(const CBUUID& characteristic, Data value) const
+{
+    if (notify && _subscriptions.count(characteristic) > 0)
+        notify(characteristic, std::move(value));
+}
+
+std::shared_ptr<SimulatedAid> aidFromJson(const nlohmann::json& value, const std::string& place)
+{
+    if (const auto kind = WorldReader(value, place).text("kind"); kind != "aurisk")
+        failAt(place + ".kind", "\"" + kind + "\" is none of aurisk");
+    auto description = value;
+    description.erase("kind");
+    return SimulatedAuriskAid::fromJson(description, place);
+}
+
+} // namespace aurisk
