@@ -24,8 +24,8 @@ if(AURISK_SANITIZE)
     endif()
 endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    # g++ 12 sees overflows in inlined vector insertions that are none.
-    target_compile_options(aurisk_options INTERFACE -Wno-stringop-overflow -Wno-array-bounds)
+    # g++ 12 sees overflows in inlined vector and string insertions that are none.
+    target_compile_options(aurisk_options INTERFACE -Wno-stringop-overflow -Wno-array-bounds -Wno-restrict)
 endif()
 
 function(aurisk_target name)
