@@ -1,0 +1,134 @@
+#include "Tools/aurisk/CodecJson.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+
+namespace aurisk::codec {
+
+namespace {
+
+constexpr std::string_view hexadecimalDigits = "0123456789abcdefABCDEF";
+
+/// A block under the name of its chip: `{"a4": bytes}` or `{"a16": bytes}`.
+template <typename Block, typename A4, typename A16> Block readBlock(const Json& value, const Place& place)
+{
+    const auto member = onlyMember(value, place);
+    const Place inside{ member.name, &place };
+    if (member.name == "a4")
+        return A4(read<Data>(member.value, inside));
+    if (member.name == "a16")
+        return A16(read<Data>(member.value, inside));
+    throw Unusable(place, shown(std::string(member.name)) + " is none of a4, a16");
+}
+
+} // namespace
+
+std::string Place::path() const { return outer ? outer->path() + '.' + std::string(name) : std::string(name); }
+
+Unusable::Unusable(const Place& place, std::string_view fault)
+    : Unusable(fmt::format("member \"{}\": {}", place.path(), fault))
+{
+}
+
+std::string shown(const Json& value)
+{
+    constexpr std::size_t most = 60;
+    if (value.is_object())
+        return "an object";
+    if (value.is_array())
+        return "a list";
+    auto text = value.dump(-1, ' ', false, Json::error_handler_t::replace);
+    if (text.size() > most)
+        text = text.substr(0, most) + "...";
+    return text;
+}
+
+Members::Members(const Json& value, const Place* place)
+    : _object(value)
+    , _place(place)
+{
+    if (value.is_object())
+        return;
+    const auto fault = shown(value) + " is no object";
+    if (place)
+        throw Unusable(*place, fault);
+    throw Unusable("the line: " + fault);
+}
+
+const Json& Members::at(const Place& place) const
+{
+    const auto member = _object.find(place.name);
+    if (member == _object.end())
+        throw Unusable(place, "missing");
+    return *member;
+}
+
+Named onlyMember(const Json& value, const Place& place)
+{
+    if (!value.is_object() || value.size() != 1)
+        throw Unusable(place, shown(value) + " where an object with one member is needed");
+    return { value.begin().key(), *value.begin() };
+}
+
+std::int64_t readInteger(const Json& value, const Place& place, std::int64_t least, std::int64_t most)
+{
+    if (!value.is_number_integer())
+        throw Unusable(place, shown(value) + " is no integer");
+    const bool isTooLarge = value.is_number_unsigned() && !std::in_range<std::int64_t>(value.get<std::uint64_t>());
+    const auto number = value.get<std::int64_t>();
+    if (isTooLarge || number < least || number > most)
+        throw Unusable(place, fmt::format("{} is outside {} ... {}", shown(value), least, most));
+    return number;
+}
+
+const std::string& readText(const Json& value, const Place& place)
+{
+    if (!value.is_string())
+        throw Unusable(place, shown(value) + " is no text");
+    return value.get_ref<const std::string&>();
+}
+
+template <> bool read(const Json& value, const Place& place)
+{
+    if (!value.is_boolean())
+        throw Unusable(place, shown(value) + " is neither true nor false");
+    return value.get<bool>();
+}
+
+template <> std::string read(const Json& value, const Place& place) { return readText(value, place); }
+
+template <> Data read(const Json& value, const Place& place)
+{
+    const auto& text = readText(value, place);
+    if (text.find_first_not_of(hexadecimalDigits) != std::string::npos)
+        throw Unusable(place, shown(value) + " is not hexadecimal");
+    if (text.size() % 2 != 0)
+        throw Unusable(place, fmt::format("{} hexadecimal digits, an even number is needed", text.size()));
+    return ask_hexadecimal(text).value_or(Data());
+}
+
+/// A frame as it is to be sent; identifiers that are null are left out of it. The size follows from the payload.
+template <> AuriskRawData read(const Json& value, const Place& place)
+{
+    const Members members(value, &place);
+    const auto cmd = members.get<std::uint8_t>("cmd");
+    const auto di0 = members.get<std::optional<std::uint8_t>>("di0");
+    const auto di1 = members.get<std::optional<std::uint8_t>>("di1");
+    auto frame = AuriskRawData::make(cmd, di0.value_or(0), di1.value_or(0), members.get<std::optional<Data>>("data"));
+    frame.di0 = di0;
+    frame.di1 = di1;
+    return frame;
+}
+
+template <> AuriskDsp read(const Json& value, const Place& place)
+{
+    return readBlock<AuriskDsp, AuriskA4Dsp, AuriskA16Dsp>(value, place);
+}
+
+template <> AuriskGlobalDsp read(const Json& value, const Place& place)
+{
+    return readBlock<AuriskGlobalDsp, AuriskA4GlobalDsp, AuriskA16GlobalDsp>(value, place);
+}
+
+} // namespace aurisk::codec

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Tools/aurisk/CodecJson.h"
+
+#include <string_view>
+
+namespace aurisk::codec {
+
+/// Something that a line can ask for. `perform` reads the members that it needs, and only then calls the library.
+struct Operation {
+    std::string_view name;
+    Answer (*perform)(const Members& line);
+};
+
+/// Null where there is none of that name.
+const Operation* operation(std::string_view name);
+
+/// The class that an advertisement leads to; null where it leads to none.
+Answer selectAccessory(const Members& line);
+
+/// The cases of an enumeration of the library.
+Answer listEnumeration(const Members& line);
+
+} // namespace aurisk::codec
