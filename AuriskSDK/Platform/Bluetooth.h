@@ -88,9 +88,9 @@ constexpr bool contains(CBCharacteristicProperties all, CBCharacteristicProperti
 
 /// What the platform says went wrong.
 struct BluetoothError {
-    std::string domain; ///< who says so: a backend's name, or the daemon's error name
+    std::string domain = {}; ///< who says so: a backend's name, or the daemon's error name
     int code = 0; ///< the domain's own number
-    std::string localizedDescription; ///< a sentence for a person
+    std::string localizedDescription = {}; ///< a sentence for a person
 
     friend bool operator==(const BluetoothError&, const BluetoothError&) = default;
 };
@@ -216,8 +216,8 @@ public:
 
 /// What one advertisement (with its scan response) said.
 struct CBAdvertisementData {
-    std::optional<Data> manufacturerData; ///< the company identifier's two bytes first, little-endian
-    std::optional<std::string> localName;
+    std::optional<Data> manufacturerData = {}; ///< the company identifier's two bytes first, little-endian
+    std::optional<std::string> localName = {};
 };
 
 /// Hears what the radio finds and what becomes of connections.

@@ -2,6 +2,7 @@
 
 #include "AuriskSDK/Platform/Dispatch.h"
 #include "AuriskSDK/Shared/Utils/AuriskLog.h"
+#include "AuriskSDK/Shared/Utils/LabelledCase.h"
 #include "AuriskSDK/Shared/Utils/Queue.h"
 
 #include <algorithm>
