@@ -1,0 +1,196 @@
+#pragma once
+
+#include "AuriskSDK/Platform/Manual/ManualDispatchQueue.h"
+#include "AuriskSDK/Shared/Utils/HexToData.h"
+#include "Simulator/SimulatedAuriskAid.h"
+#include "Simulator/Simulator.h"
+
+#include <gmock/gmock.h>
+#include <map>
+
+namespace aurisk::simulatortests {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Lines = std::vector<std::string>;
+
+/// Writes down everything that the port tells, one line each.
+class RadioRecorder final : public CBCentralManagerDelegate, public CBPeripheralDelegate {
+public:
+    Lines heard;
+    std::map<std::string, std::shared_ptr<CBPeripheral>> found; ///< by name
+    std::function<void(const std::string& line)> onLine = {};
+
+    Lines take() { return std::exchange(heard, {}); }
+
+    void centralManagerDidUpdateState(CBCentralManager& central) override
+    {
+        hear("state " + std::to_string(int(central.state())));
+    }
+    void centralManagerDidDiscover(CBCentralManager&, const std::shared_ptr<CBPeripheral>& peripheral,
+        const CBAdvertisementData&, std::optional<int> rssi) override
+    {
+        found[*peripheral->name()] = peripheral;
+        hear("found " + *peripheral->name() + " " + std::to_string(*rssi));
+    }
+    void centralManagerDidConnect(CBCentralManager&, const std::shared_ptr<CBPeripheral>& peripheral) override
+    {
+        hear("connected " + *peripheral->name());
+    }
+    void centralManagerDidDisconnectPeripheral(
+        CBCentralManager&, const std::shared_ptr<CBPeripheral>& peripheral, const MaybeError& error) override
+    {
+        hear("disconnected " + *peripheral->name() + text(error));
+    }
+    void centralManagerDidFailToConnect(
+        CBCentralManager&, const std::shared_ptr<CBPeripheral>& peripheral, const MaybeError& error) override
+    {
+        hear("failed " + *peripheral->name() + text(error));
+    }
+
+    void peripheralDidDiscoverServices(CBPeripheral& peripheral, const MaybeError& error) override
+    {
+        std::string line = "services";
+        for (const auto& service : peripheral.services())
+            line += " " + service->uuid().uuidString();
+        hear(line + text(error));
+    }
+    void peripheralDidDiscoverCharacteristicsFor(
+        CBPeripheral&, const std::shared_ptr<CBService>& service, const MaybeError& error) override
+    {
+        auto line = "characteristics of " + service->uuid().uuidString() + ":";
+        for (const auto& one : service->characteristics())
+            line += " " + one->uuid().uuidString() + "/" + std::to_string(int(one->properties()));
+        hear(line + text(error));
+    }
+    void peripheralDidUpdateValueFor(
+        CBPeripheral&, const std::shared_ptr<CBCharacteristic>& one, const MaybeError& error) override
+    {
+        hear("value " + one->uuid().uuidString() + " " + (error ? "" : ask_hexadecimal(*one->value())) + text(error));
+    }
+    void peripheralDidWriteValueFor(
+        CBPeripheral&, const std::shared_ptr<CBCharacteristic>& one, const MaybeError& error) override
+    {
+        hear("written " + one->uuid().uuidString() + text(error));
+    }
+    void peripheralDidUpdateNotificationStateFor(
+        CBPeripheral&, const std::shared_ptr<CBCharacteristic>& one, const MaybeError& error) override
+    {
+        hear("subscribed " + one->uuid().uuidString() + text(error));
+    }
+
+private:
+    static std::string text(const MaybeError& error)
+    {
+        return error ? ", " + error->domain + " " + std::to_string(error->code) : "";
+    }
+    void hear(const std::string& line)
+    {
+        heard.push_back(line);
+        if (onLine)
+            onLine(line);
+    }
+};
+
+/// A radio with the aids "X1-L" and "X1-R", in virtual time. A link takes 5 ms each way.
+struct ARadio : testing::Test {
+    static SimulatedWorld world()
+    {
+        SimulatedWorld world;
+        world.aids = {
+            { .aid = std::make_shared<SimulatedAuriskAid>(AuriskAidState{
+                  .name = "X1-L", .address = "00:00:00:00:00:01", .volumes = { 10, 11, 12 }, .battery = 80 }),
+                .rssi = -50 },
+            { .aid = std::make_shared<SimulatedAuriskAid>(
+                  AuriskAidState{ .name = "X1-R", .address = "00:00:00:00:00:02" }),
+                .rssi = -60 },
+        };
+        return world;
+    }
+
+    std::shared_ptr<CBCentralManager> makeCentral(CBCentralManagerOptions options = {})
+    {
+        return simulator->platform()->makeCentralManager(recorder, options);
+    }
+
+    SimulatedRadio& radio() { return simulator->radio(); }
+    LinkFaults& faults() { return simulator->world().placed("X1-L").faults; }
+    const AuriskAidState& aid() { return dynamic_cast<const SimulatedAuriskAid&>(*simulator->aid("X1-L")).state(); }
+
+    /// What is heard while `span` goes by.
+    Lines within(Seconds span)
+    {
+        recorder->take();
+        queue.advance(span);
+        return recorder->take();
+    }
+
+    void givenFoundAids()
+    {
+        queue.runUntilIdle();
+        central->scanForPeripherals({});
+        queue.advance(1s);
+        central->stopScan();
+        queue.advance(1s);
+        left = recorder->found.at("X1-L");
+        left->setDelegate(recorder);
+        recorder->take();
+    }
+
+    void connect()
+    {
+        central->connectPeripheral(left);
+        queue.advance(10ms);
+    }
+
+    /// Messages 1 to 4: connection, services, and the characteristics of both services.
+    void givenDiscoveredCharacteristics()
+    {
+        givenFoundAids();
+        connect();
+        left->discoverServices();
+        queue.advance(10ms);
+        for (const auto& service : left->services())
+            left->discoverCharacteristics(service);
+        queue.advance(10ms);
+        request = characteristic(0, 0);
+        reply = characteristic(0, 1);
+        battery = characteristic(1, 0);
+        recorder->take();
+    }
+
+    /// Message 5: the subscription to replies. The next message is number 6.
+    void givenASubscribedAid()
+    {
+        givenDiscoveredCharacteristics();
+        left->setNotifyValue(true, reply);
+        queue.advance(10ms);
+        recorder->take();
+        ASSERT_EQ(radio().messageCount("X1-L"), 5);
+    }
+
+    std::shared_ptr<CBCharacteristic> characteristic(std::size_t service, std::size_t index) const
+    {
+        return left->services().at(service)->characteristics().at(index);
+    }
+
+    void write(const char* value, CBCharacteristicWriteType type = CBCharacteristicWriteType::withoutResponse)
+    {
+        left->writeValue(*ask_hexadecimal(value), request, type);
+    }
+
+    ManualDispatchQueue queue;
+    std::shared_ptr<Simulator> simulator = Simulator::create(world(), queue);
+    std::shared_ptr<RadioRecorder> recorder = std::make_shared<RadioRecorder>();
+    std::shared_ptr<CBCentralManager> central = makeCentral();
+    std::shared_ptr<CBPeripheral> left;
+    std::shared_ptr<CBCharacteristic> request, reply, battery;
+};
+
+constexpr auto readVolume1 = "fe68110201048016", volume1Is10 = "value AE02 00fe68910301040a0b16";
+constexpr auto readVolume2 = "fe68110202048116", volume2Is11 = "value AE02 00fe68910302040b0d16";
+constexpr auto readVolume3 = "fe68110203048216", volume3Is12 = "value AE02 00fe68910303040c0f16";
+constexpr auto volume1Refused = "value AE02 00fe68d10201044016";
+
+} // namespace aurisk::simulatortests

@@ -1,0 +1,326 @@
+#include "Tests/Simulator/RadioRecorder.h"
+
+namespace aurisk::simulatortests {
+namespace {
+
+constexpr auto withResponse = CBCharacteristicWriteType::withResponse;
+constexpr auto withoutResponse = CBCharacteristicWriteType::withoutResponse;
+
+TEST_F(ARadio, IsKnownToACentralOnceItsDelegateHasBeenTold)
+{
+    EXPECT_EQ(central->state(), CBManagerState::unknown);
+    EXPECT_THAT(recorder->take(), IsEmpty());
+    EXPECT_THAT(within(10s), ElementsAre("state 5"));
+    EXPECT_EQ(central->state(), CBManagerState::poweredOn);
+}
+
+TEST_F(ARadio, HearsEveryAidOnceAScanAndNobodyWithoutOne)
+{
+    EXPECT_THAT(within(10s), ElementsAre("state 5"));
+    EXPECT_EQ(queue.clock()->pendingCount(), 0u) << "no timer stands where nobody scans";
+    central->scanForPeripherals({});
+    EXPECT_THAT(recorder->take(), IsEmpty());
+    EXPECT_THAT(within(10s), ElementsAre("found X1-L -50", "found X1-R -60"));
+    const auto before = recorder->found;
+    central->scanForPeripherals({});
+    EXPECT_THAT(within(10s), ElementsAre("found X1-L -50", "found X1-R -60"));
+    EXPECT_EQ(recorder->found, before) << "a device has one peripheral";
+    central->stopScan();
+    EXPECT_THAT(within(10s), IsEmpty());
+    EXPECT_EQ(queue.clock()->pendingCount(), 0u);
+}
+
+TEST_F(ARadio, HearsEveryAdvertisementWhereDuplicatesAreWanted)
+{
+    simulator->world().placed("X1-R").advertisingInterval = 0.5s;
+    queue.runUntilIdle();
+    central->scanForPeripherals({ .allowDuplicates = true });
+    const auto heard = within(10s);
+    EXPECT_EQ(std::count(heard.begin(), heard.end(), "found X1-L -50"), 50);
+    EXPECT_EQ(std::count(heard.begin(), heard.end(), "found X1-R -60"), 20);
+}
+
+TEST_F(ARadio, DoesNotHearAnAidThatIsConnectedOrOffTheAir)
+{
+    givenFoundAids();
+    connect();
+    radio().perform("X1-R", { "power", 0 });
+    central->scanForPeripherals({ .allowDuplicates = true });
+    EXPECT_THAT(within(1s), IsEmpty());
+    radio().perform("X1-R", { "power", 1 });
+    EXPECT_THAT(within(0.2s), ElementsAre("found X1-R -60"));
+    central->cancelPeripheralConnection(left);
+    EXPECT_THAT(within(0.1s), testing::Contains("disconnected X1-L"));
+    EXPECT_THAT(within(0.2s), testing::Contains("found X1-L -50"));
+}
+
+TEST_F(ARadio, CarriesAConnectionFromDiscoveryToItsEnd)
+{
+    givenFoundAids();
+    central->connectPeripheral(left);
+    EXPECT_EQ(left->state(), CBPeripheralState::connecting);
+    central->connectPeripheral(left);
+    EXPECT_THAT(recorder->take(), IsEmpty());
+    EXPECT_THAT(within(1s), ElementsAre("connected X1-L"));
+    EXPECT_EQ(left->state(), CBPeripheralState::connected);
+    EXPECT_TRUE(radio().isConnected("X1-L"));
+
+    left->discoverServices();
+    EXPECT_THAT(within(1s), ElementsAre("services AE30 180F"));
+    for (const auto& service : left->services())
+        left->discoverCharacteristics(service);
+    EXPECT_THAT(
+        within(1s), ElementsAre("characteristics of AE30: AE01/12 AE02/16", "characteristics of 180F: 2A19/18"));
+    left->setNotifyValue(true, characteristic(1, 0));
+    radio().perform("X1-L", { "battery", 66 }); // before the aid has heard of the subscription
+    EXPECT_THAT(within(1s), ElementsAre("subscribed 2A19"));
+    radio().perform("X1-L", { "battery", 65 });
+    left->readValue(characteristic(1, 0));
+    EXPECT_THAT(within(1s), ElementsAre("value 2A19 41", "value 2A19 41"));
+    left->setNotifyValue(false, characteristic(1, 0));
+    EXPECT_THAT(within(1s), ElementsAre("subscribed 2A19"));
+    radio().perform("X1-L", { "battery", 64 });
+    EXPECT_THAT(within(1s), IsEmpty());
+
+    central->cancelPeripheralConnection(left);
+    EXPECT_EQ(left->state(), CBPeripheralState::disconnecting);
+    EXPECT_THAT(recorder->take(), IsEmpty());
+    EXPECT_THAT(within(1s), ElementsAre("disconnected X1-L"));
+    EXPECT_EQ(left->state(), CBPeripheralState::disconnected);
+    EXPECT_EQ(radio().linkCount(), 0);
+}
+
+TEST_F(ARadio, DeliversWhatWasWrittenBeforeACancelButNoAnswer)
+{
+    givenASubscribedAid();
+    write("fe681c0205008b16"); // mute
+    central->cancelPeripheralConnection(left);
+    write("fe681c0202028a16"); // program 2, too late
+    EXPECT_THAT(within(1s), ElementsAre("disconnected X1-L"));
+    EXPECT_TRUE(aid().muted);
+    EXPECT_EQ(aid().program, 0);
+}
+
+TEST_F(ARadio, ConnectsAgainWhenAskedWhileItDisconnects)
+{
+    givenFoundAids();
+    connect();
+    central->cancelPeripheralConnection(left);
+    central->connectPeripheral(left);
+    EXPECT_THAT(within(1s), ElementsAre("disconnected X1-L", "connected X1-L"));
+}
+
+TEST_F(ARadio, IgnoresWhatBelongsToAnEarlierConnectionOrToNone)
+{
+    givenASubscribedAid();
+    const auto oldService = left->services().front();
+    const auto oldRequest = request, oldBattery = battery, oldReply = reply;
+    const auto tryAll = [&] {
+        left->discoverCharacteristics(oldService);
+        left->writeValue(*ask_hexadecimal(readVolume1), oldRequest, withResponse);
+        left->writeValue(*ask_hexadecimal(readVolume1), oldRequest, withoutResponse);
+        left->setNotifyValue(true, oldReply);
+        left->readValue(oldBattery);
+        left->readValue(nullptr);
+    };
+    central->cancelPeripheralConnection(left);
+    queue.advance(1s);
+    recorder->take();
+    tryAll();
+    left->discoverServices();
+    EXPECT_THAT(within(1s), IsEmpty());
+
+    connect();
+    tryAll();
+    EXPECT_THAT(within(1s), IsEmpty());
+    left->discoverServices();
+    queue.advance(1s);
+    EXPECT_NE(left->services().front(), oldService);
+    left->discoverCharacteristics(left->services().front());
+    queue.advance(1s);
+    recorder->take();
+    tryAll();
+    EXPECT_THAT(within(1s), IsEmpty());
+    const auto service = left->services().front();
+    left->discoverServices();
+    queue.advance(1s);
+    EXPECT_EQ(left->services().front(), service) << "the same objects for a whole connection";
+}
+
+TEST_F(ARadio, ForgetsTheSubscriptionsAndMessagesOfAConnectionThatHasGone)
+{
+    givenASubscribedAid();
+    faults().faults = { { Fault::Kind::delay, 7, 1s } };
+    write(readVolume1);
+    queue.advance(20ms); // message 7, the reply, is under way
+    radio().dropLink("X1-L");
+    EXPECT_EQ(left->state(), CBPeripheralState::connected) << "nobody has been told";
+    EXPECT_THAT(within(20ms), ElementsAre("disconnected X1-L, simulated 1"));
+    connect();
+    left->discoverServices();
+    queue.advance(20ms);
+    left->discoverCharacteristics(left->services().front());
+    radio().perform("X1-L", { "volume", 3 });
+    EXPECT_THAT(within(5s), ElementsAre("characteristics of AE30: AE01/12 AE02/16"));
+    radio().dropLink("X1-R");
+    EXPECT_THAT(within(1s), IsEmpty());
+}
+
+TEST_F(ARadio, RefusesWritesThatAreTooLongOrNotPermitted)
+{
+    simulator->world().placed("X1-L").mtu = 23;
+    givenASubscribedAid();
+    EXPECT_EQ(left->maximumWriteValueLength(withResponse), 20u);
+    left->writeValue(Data(21, 0x00), request, withResponse);
+    left->writeValue(Data(21, 0x00), request, withoutResponse);
+    EXPECT_THAT(recorder->take(), IsEmpty());
+    EXPECT_THAT(within(1s), ElementsAre("written AE01, simulated 6"));
+    left->writeValue(Data(20, 0x00), request, withResponse);
+    EXPECT_THAT(within(1s), ElementsAre("written AE01"));
+    left->writeValue(Data(1, 0x00), reply, withResponse);
+    left->writeValue(Data(1, 0x00), battery, withoutResponse);
+    left->readValue(reply);
+    left->setNotifyValue(true, request);
+    EXPECT_THAT(within(1s),
+        ElementsAre("written AE02, simulated 5", "value AE02 , simulated 5", "subscribed AE01, simulated 5"));
+    simulator->world().placed("X1-L").mtu = 517;
+    EXPECT_EQ(left->maximumWriteValueLength(withoutResponse), 512u);
+}
+
+TEST_F(ARadio, EndsItsLinksButNotItsScanWhenItGoesOff)
+{
+    for (const auto state : { CBManagerState::poweredOff, CBManagerState::resetting }) {
+        SCOPED_TRACE(int(state));
+        givenFoundAids();
+        connect();
+        central->scanForPeripherals({ .allowDuplicates = true });
+        central->connectPeripheral(recorder->found.at("X1-R"));
+        recorder->take();
+        radio().setState(state);
+        radio().setState(state);
+        EXPECT_THAT(recorder->take(), IsEmpty());
+        const auto told = "state " + std::to_string(int(state));
+        EXPECT_THAT(within(10s), ElementsAre(told, "disconnected X1-L, simulated 2", "failed X1-R, simulated 2"));
+        EXPECT_EQ(radio().linkCount(), 0);
+        EXPECT_EQ(queue.clock()->pendingCount(), 0u);
+        central->connectPeripheral(left);
+        EXPECT_EQ(left->state(), CBPeripheralState::connecting);
+        EXPECT_THAT(within(10s), ElementsAre("failed X1-L, simulated 2"));
+
+        radio().setState(CBManagerState::poweredOn);
+        EXPECT_THAT(within(0.2s), ElementsAre("state 5", "found X1-L -50", "found X1-R -60"));
+        central->stopScan();
+        connect();
+        EXPECT_EQ(left->state(), CBPeripheralState::connected);
+        central->cancelPeripheralConnection(left);
+        queue.advance(1s);
+    }
+}
+
+TEST_F(ARadio, ReportsBothChangesOfARadioThatWasOffForNoTime)
+{
+    givenFoundAids();
+    connect();
+    recorder->take();
+    radio().setState(CBManagerState::poweredOff);
+    radio().setState(CBManagerState::poweredOn);
+    EXPECT_THAT(within(1s), ElementsAre("state 4", "disconnected X1-L, simulated 2", "state 5"));
+}
+
+TEST_F(ARadio, StartsAScanThatWasAskedForWhileItWasOff)
+{
+    radio().setState(CBManagerState::poweredOff);
+    queue.advance(1s);
+    central->scanForPeripherals({});
+    EXPECT_THAT(within(1s), IsEmpty());
+    radio().setState(CBManagerState::poweredOn);
+    EXPECT_THAT(within(1s), ElementsAre("state 5", "found X1-L -50", "found X1-R -60"));
+}
+
+TEST_F(ARadio, IsSwitchedOnByACentralThatMayAskForIt)
+{
+    radio().setState(CBManagerState::poweredOff);
+    queue.advance(1s);
+    makeCentral();
+    EXPECT_EQ(radio().state(), CBManagerState::poweredOff);
+    const auto powerful = makeCentral({ .showPowerAlert = true });
+    EXPECT_EQ(radio().state(), CBManagerState::poweredOn);
+    EXPECT_THAT(within(1s), ElementsAre("state 5", "state 5")) << "the old central and the new one";
+    radio().setState(CBManagerState::unauthorized);
+    makeCentral({ .showPowerAlert = true });
+    EXPECT_EQ(radio().state(), CBManagerState::unauthorized);
+}
+
+TEST_F(ARadio, TellsNobodyWhenACentralGoesAndFreesItsAids)
+{
+    givenASubscribedAid();
+    const auto right = recorder->found.at("X1-R");
+    central->connectPeripheral(right);
+    central->scanForPeripherals({});
+    write(readVolume1);
+    central.reset();
+    EXPECT_EQ(left->state(), CBPeripheralState::disconnected);
+    write(readVolume1);
+    EXPECT_THAT(within(10s), IsEmpty());
+    EXPECT_EQ(radio().linkCount(), 0);
+    EXPECT_EQ(queue.clock()->pendingCount(), 0u);
+}
+
+TEST_F(ARadio, ConnectsASecondCentralOnceTheFirstHasLetGo)
+{
+    givenFoundAids();
+    connect();
+    recorder->take();
+    const auto second = makeCentral();
+    central->cancelPeripheralConnection(left); // the second hears the aid when it advertises again
+    queue.advance(1s);
+    second->scanForPeripherals({});
+    queue.advance(1s);
+    second->stopScan();
+    const auto again = recorder->found.at("X1-L");
+    connect();
+    recorder->take();
+    second->connectPeripheral(again);
+    second->connectPeripheral(left); // not one of its own
+    EXPECT_THAT(within(10s), IsEmpty());
+    radio().dropLink("X1-L");
+    EXPECT_THAT(within(1s), ElementsAre("disconnected X1-L, simulated 1", "connected X1-L"));
+    EXPECT_EQ(again->state(), CBPeripheralState::connected);
+    EXPECT_EQ(left->state(), CBPeripheralState::disconnected);
+}
+
+TEST_F(ARadio, LetsADelegateDoWhateverItLikesInACallback)
+{
+    givenASubscribedAid();
+    recorder->onLine = [this](const std::string& line) {
+        if (line == volume1Is10)
+            central.reset(); // from within the aid's notification
+    };
+    write(readVolume1);
+    write(readVolume2);
+    EXPECT_THAT(within(1s), ElementsAre(volume1Is10));
+    EXPECT_EQ(radio().linkCount(), 0);
+}
+
+TEST_F(ARadio, HoldsNoDelegate)
+{
+    givenASubscribedAid();
+    std::weak_ptr<RadioRecorder> gone = recorder;
+    write(readVolume1);
+    recorder.reset();
+    EXPECT_TRUE(gone.expired());
+    queue.advance(1s);
+    radio().setState(CBManagerState::poweredOff);
+    queue.advance(1s);
+}
+
+TEST_F(ARadio, NamesTheAidThatTheWorldDoesNotHave)
+{
+    EXPECT_THROW(radio().dropLink("X9"), std::out_of_range);
+    EXPECT_THROW(radio().messageCount("X9"), std::out_of_range);
+    EXPECT_THROW(radio().perform("X9", { "volume", 1 }), std::out_of_range);
+    EXPECT_EQ(simulator->aid("X9"), nullptr);
+}
+
+} // namespace
+} // namespace aurisk::simulatortests

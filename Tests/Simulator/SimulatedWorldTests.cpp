@@ -1,0 +1,260 @@
+#include "Simulator/SimulatedWorld.h"
+
+#include "Tests/Simulator/RadioRecorder.h"
+
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+namespace aurisk::simulatortests {
+namespace {
+
+using nlohmann::json;
+
+const SimulatedAuriskAid& auriskAid(const SimulatedWorld& world, std::size_t index)
+{
+    return dynamic_cast<const SimulatedAuriskAid&>(*world.aids.at(index).aid);
+}
+
+/// A file that is gone after the test.
+struct AWorldFile : testing::Test {
+    ~AWorldFile() override { std::filesystem::remove_all(folder); }
+    void write(const char* text) const { std::ofstream(path) << text; }
+
+    static std::filesystem::path makeFolder()
+    {
+        auto pattern = (std::filesystem::temp_directory_path() / "worldXXXXXX").string();
+        return mkdtemp(pattern.data());
+    }
+    std::filesystem::path folder = makeFolder();
+    std::filesystem::path path = folder / "world.json";
+};
+
+TEST(AWorld, IsReadFromItsText)
+{
+    const auto world = SimulatedWorld::fromJson(json::parse(R"({
+        "radio": "poweredOff",
+        "aids": [
+            { "kind": "aurisk", "name": "X1-R", "address": "0A:1B:2C:3D:4E:5F", "chip": "h01", "radioChip": "u87",
+              "volumes": [1, 15], "program": 1, "battery": 12, "muted": true, "ear": "left", "lastBeep": 3,
+              "tone": { "frequency": 1000, "dB": 40, "timestamp": 7 },
+              "baseAmplitude": { "frequency": 500, "amplitude": 4294967295 },
+              "link": { "rssi": -70, "advertisingInterval": 1, "mtu": 23, "latency": 0.05, "isSilent": true,
+                        "faults": [{ "kind": "delay", "message": 3, "by": 0.5 }, { "kind": "lose", "message": 9 }] } },
+            { "kind": "aurisk", "name": "Plain-R", "address": "00:00:00:00:00:01", "chip": 7 }
+        ],
+        "script": [{ "at": 2.5, "aid": "Plain-R", "action": "program 3" }],
+        "scriptPeriod": 10
+    })"));
+    AuriskAidState first;
+    first.name = "X1-R";
+    first.address = "0A:1B:2C:3D:4E:5F";
+    first.chip = 0x01;
+    first.radioChip = 7;
+    first.volumes = { 1, 15 };
+    first.program = 1;
+    first.battery = 12;
+    first.muted = true;
+    first.lastBeep = 3;
+    first.tone = AuriskTone{ .frequency = 1000, .dB = 40, .timestamp = 7 };
+    first.baseAmplitude = AuriskBaseAmplitude{ 500, 4294967295u };
+    EXPECT_TRUE(auriskAid(world, 0).state() == first);
+
+    AuriskAidState plain;
+    plain.name = "Plain-R";
+    plain.address = "00:00:00:00:00:01";
+    plain.chip = 7;
+    plain.isRight = true; // from its name
+    EXPECT_TRUE(auriskAid(world, 1).state() == plain);
+
+    const auto& placed = world.placed("X1-R");
+    EXPECT_EQ(placed.rssi, -70);
+    EXPECT_EQ(placed.advertisingInterval, 1s);
+    EXPECT_EQ(placed.mtu, 23);
+    const LinkFaults faults{
+        .latency = 0.05s, .isSilent = true, .faults = { { Fault::Kind::delay, 3, 0.5s }, { Fault::Kind::lose, 9 } }
+    };
+    EXPECT_TRUE(placed.faults == faults);
+    EXPECT_EQ(world.radioState, CBManagerState::poweredOff);
+    EXPECT_THAT(world.script, ElementsAre(ScriptedAction{ 2.5s, "Plain-R", { "program", 3 } }));
+    EXPECT_EQ(world.scriptPeriod, 10s);
+    EXPECT_TRUE(SimulatedWorld::fromJson(world.toJson()).toJson() == world.toJson());
+    EXPECT_TRUE(SimulatedWorld::fromJson(json::object()).aids.empty());
+}
+
+TEST(AWorld, NamesThePlaceOfWhatIsWrong)
+{
+    struct Row {
+        const char* patch; ///< merged over a world that is right
+        const char* sentence;
+    };
+    const Row rows[] = {
+        { R"({ "radios": 1 })", "radios: is no known key; known are radio, aids, scriptPeriod, script" },
+        { R"({ "radio": "loud" })",
+            "radio: \"loud\" is none of unknown, resetting, unsupported, unauthorized, poweredOff, poweredOn" },
+        { R"({ "aids": 3 })", "aids: must be a list" },
+        { R"({ "aids": [3] })", "aids[0]: must be an object" },
+        { R"({ "aids": [{ "kind": "pl9" }] })", "aids[0].kind: \"pl9\" is none of aurisk" },
+        { R"({ "aids": [{ "kind": "aurisk" }] })", "aids[0].name: is missing" },
+        { R"({ "scriptPeriod": 0 })", "scriptPeriod: 0 is outside 0.1 to 86400" },
+        { R"({ "script": [{ "at": -1 }] })", "script[0].at: -1 is outside 0 to 60" },
+        { R"({ "script": [{ "at": 61 }] })", "script[0].at: 61 is outside 0 to 60" },
+        { R"({ "script": [{ "aid": "B" }] })", "script[0].action: is missing" },
+        { R"({ "script": [{ "aid": "B", "action": "volume 1" }] })", "script[0].aid: no aid is called \"B\"" },
+        { R"({ "script": [{ "aid": "A", "action": "volume 16" }] })",
+            "script[0].action: \"volume 16\" is nothing that the wearer of A can do" },
+        { R"({ "script": [{ "aid": "A", "action": "dance" }] })",
+            "script[0].action: \"dance\" is nothing that the wearer of A can do" },
+    };
+    const auto good = json::parse(R"({ "scriptPeriod": 60,
+        "aids": [{ "kind": "aurisk", "name": "A", "address": "00:00:00:00:00:01" }] })");
+    const auto sentence = [](const json& world) -> std::string {
+        try {
+            SimulatedWorld::fromJson(world);
+        } catch (const SimulatedWorldError& error) {
+            return error.what();
+        }
+        return "nothing is wrong";
+    };
+    EXPECT_EQ(sentence(good), "nothing is wrong");
+    for (const auto& row : rows) {
+        auto world = good;
+        world.merge_patch(json::parse(row.patch));
+        EXPECT_EQ(sentence(world), row.sentence);
+    }
+    EXPECT_EQ(sentence(json::array()), "world: must be an object");
+
+    const Row aidRows[] = {
+        { R"({ "name": "" })", "aids[0].name: must not be empty" },
+        { R"({ "name": 5 })", "aids[0].name: must be a text" },
+        { R"({ "address": "0a:1B:2C:3D:4E:5F" })",
+            "aids[0].address: must look like 0A:1B:2C:3D:4E:5F, with capital letters" },
+        { R"({ "address": "0A:1B:2C:3D:4E" })",
+            "aids[0].address: must look like 0A:1B:2C:3D:4E:5F, with capital letters" },
+        { R"({ "chip": "a5" })", "aids[0].chip: \"a5\" is none of a4, h01, a16" },
+        { R"({ "chip": 256 })", "aids[0].chip: 256 is outside 0 to 255" },
+        { R"({ "radioChip": 128 })", "aids[0].radioChip: 128 is outside 0 to 127" },
+        { R"({ "volumes": [] })", "aids[0].volumes: must be 1 to 15 numbers" },
+        { R"({ "volumes": [1, 16] })", "aids[0].volumes[1]: 16 is outside 0 to 15" },
+        { R"({ "volumes": [1, "2"] })", "aids[0].volumes[1]: must be a whole number" },
+        { R"({ "program": 4 })", "aids[0].program: 4 is outside 0 to 3" },
+        { R"({ "program": 1.0 })", "aids[0].program: must be a whole number" },
+        { R"({ "battery": 18446744073709551615 })", "aids[0].battery: 18446744073709551615 is outside 0 to 100" },
+        { R"({ "muted": 1 })", "aids[0].muted: must be true or false" },
+        { R"({ "tone": { "pitch": 1 } })",
+            "aids[0].tone.pitch: is no known key; known are frequency, dB, amplitude, timestamp" },
+        { R"({ "tone": { "dB": 256 } })", "aids[0].tone.dB: 256 is outside 0 to 255" },
+        { R"({ "link": { "mtu": 9 } })", "aids[0].link.mtu: 9 is outside 23 to 517" },
+        { R"({ "link": { "latency": "1" } })", "aids[0].link.latency: must be a number of seconds" },
+        { R"({ "link": { "faults": [{}] } })", "aids[0].link.faults[0].kind: is missing" },
+        { R"({ "link": { "faults": [{ "kind": "lose", "message": 0 }] } })",
+            "aids[0].link.faults[0].message: 0 is outside 1 to 2147483647" },
+        { R"({ "link": { "faults": [{ "kind": "lose", "by": 1 }] } })",
+            "aids[0].link.faults[0].by: is no known key; known are kind, message" },
+    };
+    for (const auto& row : aidRows) {
+        auto world = good;
+        world["aids"][0].merge_patch(json::parse(row.patch));
+        EXPECT_EQ(sentence(world), row.sentence);
+    }
+
+    auto twins = good;
+    twins["aids"].push_back({ { "kind", "aurisk" }, { "name", "A" }, { "address", "00:00:00:00:00:02" } });
+    EXPECT_EQ(sentence(twins), "aids[1].name: there is already an aid called \"A\"");
+    twins["aids"][1] = { { "kind", "aurisk" }, { "name", "B" }, { "address", "00:00:00:00:00:01" } };
+    EXPECT_EQ(sentence(twins), "aids[1].address: A already has the address 00:00:00:00:00:01");
+}
+
+TEST(AWorld, MadeInCodeObeysTheSameRules)
+{
+    ManualDispatchQueue queue;
+    auto world = ARadio::world();
+    world.scriptPeriod = 0s;
+    EXPECT_THROW(Simulator::create(world, queue), SimulatedWorldError);
+    EXPECT_THROW(SimulatedAuriskAid({ .name = "A", .address = "00:00:00:00:00:01", .volumes = { 1 }, .program = 1 }),
+        SimulatedWorldError);
+}
+
+TEST_F(AWorldFile, KeepsWhatOneRunLeavesForTheNext)
+{
+    ManualDispatchQueue queue;
+    {
+        const auto simulator = Simulator::create(SimulatedWorld::makeDefault(), queue);
+        simulator->radio().perform("Solo-L", { "volume", 1 });
+        simulator->radio().setState(CBManagerState::poweredOff);
+        simulator->world().save(path);
+    }
+    const auto world = SimulatedWorld::load(path);
+    EXPECT_EQ(world.radioState, CBManagerState::poweredOff);
+    EXPECT_EQ(auriskAid(world, 2).state().volumes.front(), 1);
+    EXPECT_EQ(world.script, SimulatedWorld::makeDefault().script);
+    world.save(path);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1) << "nothing lies about";
+}
+
+TEST_F(AWorldFile, SaysWhatIsWrongWithIt)
+{
+    const auto sentence = [](const auto& work) -> std::string {
+        try {
+            work();
+        } catch (const SimulatedWorldError& error) {
+            return error.what();
+        }
+        return "nothing is wrong";
+    };
+    const auto loading = [&] { SimulatedWorld::load(path); };
+    EXPECT_EQ(sentence(loading), path.string() + ": cannot be read: No such file or directory");
+    write("{ \"aids\": ");
+    EXPECT_THAT(sentence(loading), testing::StartsWith(path.string() + ": is no JSON: "));
+    write("{ \"aids\": [7] }");
+    EXPECT_EQ(sentence(loading), path.string() + ": aids[0]: must be an object");
+    const auto nowhere = folder / "none" / "world.json";
+    EXPECT_EQ(sentence([&] { SimulatedWorld().save(nowhere); }),
+        nowhere.string() + ": cannot be written: No such file or directory");
+}
+
+TEST(AScript, IsPlayedInItsOrderAndAgainWithEachPeriod)
+{
+    ManualDispatchQueue queue;
+    auto world = ARadio::world();
+    world.script = { { 3s, "X1-L", { "volume", 3 } }, { 1s, "X1-L", { "volume", 1 } } };
+    world.scriptPeriod = 5s;
+    auto simulator = Simulator::create(world, queue);
+    const auto volumeAfter = [&](Seconds span) {
+        queue.advance(span);
+        return auriskAid(simulator->world(), 0).state().volumes.front();
+    };
+    EXPECT_EQ(volumeAfter(0.9s), 10);
+    EXPECT_EQ(volumeAfter(0.2s), 1);
+    EXPECT_EQ(volumeAfter(2s), 3);
+    EXPECT_EQ(volumeAfter(2.8s), 3);
+    EXPECT_EQ(volumeAfter(0.2s), 1);
+    EXPECT_EQ(queue.clock()->pendingCount(), 1u) << "one timer for the whole script";
+    simulator.reset();
+    queue.advance(10s);
+    EXPECT_EQ(queue.clock()->pendingCount(), 0u);
+
+    world.scriptPeriod.reset();
+    simulator = Simulator::create(world, queue);
+    EXPECT_EQ(volumeAfter(10s), 3);
+    EXPECT_EQ(queue.clock()->pendingCount(), 0u);
+}
+
+TEST(TheDefaultWorld, HasAPairAndASingleWhoseWearersMoveThem)
+{
+    ManualDispatchQueue queue;
+    const auto simulator = Simulator::create(SimulatedWorld::makeDefault(), queue);
+    const auto recorder = std::make_shared<RadioRecorder>();
+    const auto central = simulator->platform()->makeCentralManager(recorder, {});
+    queue.runUntilIdle();
+    central->scanForPeripherals({});
+    queue.advance(1s);
+    EXPECT_THAT(recorder->take(), ElementsAre("state 5", "found X1-L -52", "found X1-R -58", "found Solo-L -71"));
+    const auto before = simulator->world().toJson();
+    queue.advance(3.5s);
+    EXPECT_TRUE(simulator->world().toJson() != before);
+    queue.advance(21s);
+    EXPECT_TRUE(simulator->world().toJson() == before) << "each round ends where it began";
+}
+
+} // namespace
+} // namespace aurisk::simulatortests
