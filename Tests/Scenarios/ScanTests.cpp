@@ -1,4 +1,5 @@
 #include "Tests/Support/AuriskScenario.h"
+#include "Tests/Support/StubPeripheral.h"
 
 namespace aurisk::tests {
 namespace {
@@ -31,29 +32,6 @@ protected:
     };
     std::shared_ptr<CBCentralManager> central
         = simulator->platform()->makeCentralManager(std::make_shared<NoDelegate>(), {});
-
-    /// A device that has nothing but an identifier and, perhaps, a name.
-    struct NamedPeripheral final : CBPeripheral {
-        NamedPeripheral(std::uint8_t number, std::optional<std::string> itsName)
-            : id(CBUUID::Bytes { 1, 2, 3, 4, number })
-            , named(std::move(itsName))
-        {
-        }
-        const CBUUID& identifier() const override { return id; }
-        std::optional<std::string> name() const override { return named; }
-        CBPeripheralState state() const override { return CBPeripheralState::disconnected; }
-        void setDelegate(std::weak_ptr<CBPeripheralDelegate>) override { }
-        std::vector<std::shared_ptr<CBService>> services() const override { return {}; }
-        void discoverServices() override { }
-        void discoverCharacteristics(const std::shared_ptr<CBService>&) override { }
-        void setNotifyValue(bool, const std::shared_ptr<CBCharacteristic>&) override { }
-        void readValue(const std::shared_ptr<CBCharacteristic>&) override { }
-        void writeValue(DataView, const std::shared_ptr<CBCharacteristic>&, CBCharacteristicWriteType) override { }
-        std::size_t maximumWriteValueLength(CBCharacteristicWriteType) const override { return 20; }
-
-        CBUUID id;
-        std::optional<std::string> named;
-    };
 };
 
 TEST_F(Scan, AskedForWhileTheRadioIsOffBeginsOnceWithItsLimitWhenTheRadioComesOn)
@@ -134,12 +112,12 @@ TEST_F(Scan, GoesOnWhenTheApplicationSwitchesTheRadioOn)
 
 TEST_F(Scan, KnowsADeviceByItsIdentifierAndUpdatesIt)
 {
-    const auto first = std::make_shared<NamedPeripheral>(std::uint8_t(1), "X1-L");
+    const auto first = std::make_shared<StubPeripheral>(std::uint8_t(1), "X1-L");
     EXPECT_TRUE(manager->hasDiscoveredAccessories()); // inverted, and kept so
     advertise(first, { .manufacturerData = aidData, .localName = "X1-L" });
     EXPECT_FALSE(manager->hasDiscoveredAccessories());
 
-    const auto again = std::make_shared<NamedPeripheral>(std::uint8_t(1), "X1-R"); // the same device, renamed and re-flagged
+    const auto again = std::make_shared<StubPeripheral>(std::uint8_t(1), "X1-R"); // the same device, renamed and re-flagged
     auto changed = aidData;
     changed[8] = 0x88;
     advertise(again, { .manufacturerData = changed, .localName = std::nullopt });
@@ -168,9 +146,9 @@ TEST_F(Scan, IgnoresWhatIsNoHearingAidUntilItIsOne)
     short7.resize(7);
     auto wrongCompany = aidData;
     wrongCompany[1] = 0xFF;
-    const auto nameless = std::make_shared<NamedPeripheral>(std::uint8_t(1), std::nullopt);
-    const auto lower = std::make_shared<NamedPeripheral>(std::uint8_t(2), "X1-l");
-    const auto good = std::make_shared<NamedPeripheral>(std::uint8_t(3), "X1-R");
+    const auto nameless = std::make_shared<StubPeripheral>(std::uint8_t(1), std::nullopt);
+    const auto lower = std::make_shared<StubPeripheral>(std::uint8_t(2), "X1-l");
+    const auto good = std::make_shared<StubPeripheral>(std::uint8_t(3), "X1-R");
     advertise(nameless, { .manufacturerData = aidData, .localName = "X1-L" });
     advertise(lower, { .manufacturerData = aidData, .localName = "X1-L" }); // the peripheral's name decides
     advertise(good, { .manufacturerData = std::nullopt, .localName = "X1-R" });
@@ -191,7 +169,7 @@ TEST_F(Scan, ChoosesTheClassByTheHearingChip)
     for (const auto& [chip, name] : cases) {
         auto data = aidData;
         data[9] = chip;
-        advertise(std::make_shared<NamedPeripheral>(std::uint8_t(chip + 10), "X1-L"), { .manufacturerData = data });
+        advertise(std::make_shared<StubPeripheral>(std::uint8_t(chip + 10), "X1-L"), { .manufacturerData = data });
         EXPECT_EQ(manager->accessories().back()->className(), name) << int(chip);
     }
 }
@@ -199,7 +177,7 @@ TEST_F(Scan, ChoosesTheClassByTheHearingChip)
 TEST_F(Scan, ListsAccessoriesInTheOrderOfDiscoveryAndForgetsThoseItIsTold)
 {
     for (const int number : { 9, 3, 7, 1 })
-        advertise(std::make_shared<NamedPeripheral>(std::uint8_t(number), "N" + std::to_string(number) + "-L"),
+        advertise(std::make_shared<StubPeripheral>(std::uint8_t(number), "N" + std::to_string(number) + "-L"),
             { .manufacturerData = aidData });
     const auto names = [&] {
         Lines lines;
@@ -213,7 +191,7 @@ TEST_F(Scan, ListsAccessoriesInTheOrderOfDiscoveryAndForgetsThoseItIsTold)
     });
     EXPECT_THAT(names(), ElementsAre("N9-L", "N7-L"));
     app->take();
-    advertise(std::make_shared<NamedPeripheral>(std::uint8_t(3), "N3-L"), { .manufacturerData = aidData });
+    advertise(std::make_shared<StubPeripheral>(std::uint8_t(3), "N3-L"), { .manufacturerData = aidData });
     EXPECT_THAT(app->take(), ElementsAre("discovered N3-L"));
     EXPECT_THAT(names(), ElementsAre("N9-L", "N7-L", "N3-L"));
 }
@@ -228,7 +206,7 @@ TEST_F(Scan, LetsTheApplicationChooseWhatBecomesAnAccessory)
         }
     };
     manager->setAccessorySelectorDelegate(nullptr);
-    const auto thing = std::make_shared<NamedPeripheral>(std::uint8_t(1), "a lamp");
+    const auto thing = std::make_shared<StubPeripheral>(std::uint8_t(1), "a lamp");
     advertise(thing, { .manufacturerData = Data {} });
     EXPECT_TRUE(manager->accessories().empty());
     manager->setAccessorySelectorDelegate(std::make_shared<Anything>());

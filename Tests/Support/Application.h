@@ -86,6 +86,8 @@ public:
     void didSendRequest(const std::shared_ptr<AuriskAccessory>&, const AuriskRequest& request) override
     {
         hear("sent " + description(request));
+        if (onSend)
+            onSend(request);
     }
     void batteryDidChanged(const std::shared_ptr<AuriskAccessory>&, int bat) override
     {
@@ -105,6 +107,7 @@ public:
     }
 
     std::function<void(const std::shared_ptr<Accessory>&)> onConnect;
+    std::function<void(const AuriskRequest&)> onSend;
 
 private:
     static std::string suffix(const MaybeError& error) { return error ? " with an error" : ""; }

@@ -140,6 +140,14 @@ public:
         peripheral->connected();
     }
 
+    /// The link to `peripheral` goes, as if the device had walked out of range.
+    void loseLink(const std::shared_ptr<StubPeripheral>& peripheral)
+    {
+        peripheral->isConnected = false;
+        const BluetoothError error{ .domain = "stub", .code = 1, .localizedDescription = "The link has gone." };
+        manager->centralManagerDidDisconnectPeripheral(*_platform->central, peripheral, error);
+    }
+
 private:
     std::shared_ptr<StubPlatform> _platform = std::make_shared<StubPlatform>();
 
