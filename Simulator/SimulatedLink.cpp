@@ -5,6 +5,12 @@
 
 namespace aurisk {
 
+namespace {
+
+constexpr Seconds retryInterval{ 1 };
+
+} // namespace
+
 /// What the faults make of one message.
 struct SimulatedLink::Fate {
     bool linkGoesBefore = false, linkGoesAfter = false, lost = false, twice = false, corrupted = false, refused = false;
@@ -96,12 +102,22 @@ void SimulatedLink::didHearAttempt()
         return carry([this] { refuseAttempt(); });
     _isUp = true;
     aid().didConnect();
+    if (Fate(_placed.faults.faults, _messageCount + 1).lost)
+        _queue.asyncAfter(retryInterval, ofThisConnection([this] { tryAgain(); }));
     send({}, [this](const Data&, bool refused) {
         if (refused)
             refuseAttempt();
         else if (const auto host = _host.lock())
             host->linkDidConnect();
     });
+}
+
+/// A radio that hears nothing of its attempt makes it again.
+void SimulatedLink::tryAgain()
+{
+    _waiting.insert(_waiting.begin(), _host);
+    release();
+    connectNext();
 }
 
 void SimulatedLink::refuseAttempt()

@@ -99,6 +99,7 @@ private:
 
     void connectNext();
     void didHearAttempt();
+    void tryAgain();
     void refuseAttempt();
     void notifyHost(const CBUUID& characteristic, Data value);
     void deliverNext();
