@@ -15,8 +15,7 @@ TEST_F(Connection, IsAskedForOnceAndReportedInOrder)
     EXPECT_EQ(accessory->state(), AccessoryState::connecting);
     after(1s);
     EXPECT_FALSE(accessory->connect(app, "again"));
-    EXPECT_THAT(
-        app->take(), ElementsAre("state connecting", "state connected", "did connect", "services 180F AE30"));
+    EXPECT_THAT(app->take(), ElementsAre("state connecting", "state connected", "did connect", "services 180F AE30"));
     EXPECT_TRUE(accessory->disconnect());
     EXPECT_FALSE(accessory->disconnect());
     EXPECT_EQ(accessory->state(), AccessoryState::disconnecting);
@@ -71,7 +70,8 @@ TEST_F(Connection, RefusedIsReportedWithItsError)
     givenAFoundAid();
     EXPECT_TRUE(accessory->connect(app, "left"));
     after(1s);
-    EXPECT_THAT(app->take(), ElementsAre("state connecting", "state disconnected", "did fail to connect with an error"));
+    EXPECT_THAT(
+        app->take(), ElementsAre("state connecting", "state disconnected", "did fail to connect with an error"));
     faults().refusesConnections = false;
     EXPECT_TRUE(accessory->connect(app, "left"));
     after(1s);
@@ -132,9 +132,10 @@ TEST_F(Connection, LostByTheAidCanBeMadeAgainWithNewServices)
     EXPECT_NE(accessory->dataService(), first);
     EXPECT_NE(accessory->serviceDictionary(), firstServices);
     app->take();
-    whenRequesting(AuriskRequest::readVolume { .program = 1 });
+    whenRequesting(AuriskRequest::readVolume{ .program = 1 });
     after(1s);
-    EXPECT_THAT(results(), ElementsAre("readVolume(program: 1) => success(data: didReadProgram(program: 1, volume: 5))"));
+    EXPECT_THAT(
+        results(), ElementsAre("readVolume(program: 1) => success(data: didReadProgram(program: 1, volume: 5))"));
 }
 
 TEST_F(Connection, WhoseServicesCannotBeFoundIsThereWithoutThem)
@@ -144,7 +145,7 @@ TEST_F(Connection, WhoseServicesCannotBeFoundIsThereWithoutThem)
     EXPECT_TRUE(accessory->connect(app, "left"));
     after(10s);
     EXPECT_THAT(app->take(), ElementsAre("state connecting", "state connected", "did connect"));
-    whenRequesting(AuriskRequest::readVolume {});
+    whenRequesting(AuriskRequest::readVolume{});
     after(10s);
     EXPECT_THAT(app->take(), IsEmpty()); // connected, but without a data service: lost, as documented
 }
@@ -166,7 +167,7 @@ TEST_F(Connection, TellsItsOtherListenerWhatNoServiceTakes)
                 if (contains(characteristic->properties(), CBCharacteristicProperties::notify))
                     peripheral.setNotifyValue(true, characteristic);
                 if (contains(characteristic->properties(), CBCharacteristicProperties::write))
-                    peripheral.writeValue(Data { 1 }, characteristic, CBCharacteristicWriteType::withResponse);
+                    peripheral.writeValue(Data{ 1 }, characteristic, CBCharacteristicWriteType::withResponse);
                 if (contains(characteristic->properties(), CBCharacteristicProperties::read))
                     peripheral.readValue(characteristic);
             }

@@ -57,7 +57,7 @@ private:
     {
         const bool isBattery = characteristic.uuid() == CBUUID(0x2A19);
         _events.push_back({ .kind = isBattery ? Event::Kind::battery : Event::Kind::frame,
-            .bytes = characteristic.value().value_or(Data {}) });
+            .bytes = characteristic.value().value_or(Data{}) });
     }
 
     std::shared_ptr<CBPeripheralDelegate> _next;
@@ -83,7 +83,8 @@ struct Knowledge {
     }
 };
 
-/// Follows the bytes that arrived, by the drawing of the frame alone, and says what may be known after them: the oracle.
+/// Follows the bytes that arrived, by the drawing of the frame alone, and says what may be known after them: the
+/// oracle.
 class Oracle {
 public:
     Knowledge known;
@@ -158,16 +159,16 @@ private:
 };
 
 const std::vector<AuriskRequest> storyRequests = {
-    AuriskRequest::readProgramVolume {},
-    AuriskRequest::readVolume { .program = 1 },
-    AuriskRequest::controlVolume { .volume = 3, .program = 0 },
-    AuriskRequest::controlProgram { .program = 2 },
-    AuriskRequest::setTransparency { .level = 5 },
-    AuriskRequest::getTransparencyLevel {},
-    AuriskRequest::setBrEdr { .enable = true, .continuousIfEnable = false },
-    AuriskRequest::readBrEdr {},
-    AuriskRequest::readOrientation {},
-    AuriskRequest::hearingSupported {},
+    AuriskRequest::readProgramVolume{},
+    AuriskRequest::readVolume{ .program = 1 },
+    AuriskRequest::controlVolume{ .volume = 3, .program = 0 },
+    AuriskRequest::controlProgram{ .program = 2 },
+    AuriskRequest::setTransparency{ .level = 5 },
+    AuriskRequest::getTransparencyLevel{},
+    AuriskRequest::setBrEdr{ .enable = true, .continuousIfEnable = false },
+    AuriskRequest::readBrEdr{},
+    AuriskRequest::readOrientation{},
+    AuriskRequest::hearingSupported{},
 };
 
 class FaultSweep : public AuriskScenario {
@@ -198,7 +199,7 @@ protected:
         wearer("battery 77");
         after(0.3s);
         wearer("volume 9");
-        ask(AuriskRequest::readVolume { .program = 3 });
+        ask(AuriskRequest::readVolume{ .program = 3 });
         after(60s); // more than all time-outs together
         accessory->disconnect();
         after(5s);
@@ -250,7 +251,8 @@ protected:
             EXPECT_EQ(times, 1) << "request " << number;
             completed += times;
         }
-        const bool isEverSent = sent > 0; // if not, the subscription was never confirmed: what waits for it waits for ever
+        const bool isEverSent
+            = sent > 0; // if not, the subscription was never confirmed: what waits for it waits for ever
         EXPECT_EQ(completed, isEverSent ? asked - lost : completed);
         EXPECT_EQ(accessory->state(), AccessoryState::disconnected);
     }
@@ -263,10 +265,10 @@ protected:
         after(1s);
         std::optional<AuriskResult> answer;
         accessory->request(
-            AuriskRequest::readVolume { .program = 3 }, [&](const AuriskResult& result) { answer = result; });
+            AuriskRequest::readVolume{ .program = 3 }, [&](const AuriskResult& result) { answer = result; });
         after(1s);
         ASSERT_TRUE(answer);
-        EXPECT_EQ(*answer, AuriskResult::success(AuriskResponse::didReadProgram { .program = 3, .volume = 2 }));
+        EXPECT_EQ(*answer, AuriskResult::success(AuriskResponse::didReadProgram{ .program = 3, .volume = 2 }));
     }
 
     std::vector<Event> events;
@@ -282,7 +284,7 @@ TEST_F(FaultSweep, TheStoryWithoutAFaultKnowsEverything)
     expectNothingLostAndNothingInvented();
     EXPECT_GE(messages, 6 + 2 * 11 + 4); // set-up; requests and replies; what the wearer did, and the battery
     EXPECT_EQ(knownByAccessory(),
-        (Knowledge { .program = 3,
+        (Knowledge{ .program = 3,
             .volumes = { { 0, 3 }, { 1, 9 }, { 3, 2 } },
             .transparency = 5,
             .battery = 77,

@@ -5,7 +5,7 @@
 namespace aurisk::tests {
 namespace {
 
-const auto readVolume = [](int program) { return AuriskRequest::readVolume { .program = program }; };
+const auto readVolume = [](int program) { return AuriskRequest::readVolume{ .program = program }; };
 
 /// Message numbers of the link: 1 connection, 2 services, 3 and 4 characteristics, 5 and 6 subscriptions; then 7 is the
 /// first request and 8 its reply.
@@ -37,7 +37,7 @@ TEST_F(Request, WithoutAConnectionFailsAtOnceAndSendsNothing)
     EXPECT_THAT(app->take(), ElementsAre("readVolume(program: 0) => error(error: disconnected)"));
     accessory->request(readVolume(0)); // nobody asked to be told
     bool complete = false;
-    accessory->request(std::vector<AuriskRequest> { readVolume(0), readVolume(1) }, [&] { complete = true; });
+    accessory->request(std::vector<AuriskRequest>{ readVolume(0), readVolume(1) }, [&] { complete = true; });
     EXPECT_FALSE(complete); // on the queue, never inside the call
     after(0s);
     EXPECT_TRUE(complete);
@@ -47,8 +47,8 @@ TEST_F(Request, ListThatIsEmptyCompletesAtOnce)
 {
     givenAConnectedAid();
     int completed = 0;
-    accessory->request(std::vector<AuriskRequest> {}, [&] { ++completed; });
-    accessory->dataService()->request(std::vector<AuriskRequest> {}, [&] { ++completed; });
+    accessory->request(std::vector<AuriskRequest>{}, [&] { ++completed; });
+    accessory->dataService()->request(std::vector<AuriskRequest>{}, [&] { ++completed; });
     EXPECT_EQ(completed, 0);
     after(0s);
     EXPECT_EQ(completed, 2);
@@ -57,7 +57,8 @@ TEST_F(Request, ListThatIsEmptyCompletesAtOnce)
 TEST_F(Request, MadeBeforeTheSubscriptionIsConfirmedWaitsForIt)
 {
     givenAFoundAid();
-    faults().faults = { { .kind = Kind::delay, .message = 5, .by = 2s }, { .kind = Kind::delay, .message = 6, .by = 2s } };
+    faults().faults
+        = { { .kind = Kind::delay, .message = 5, .by = 2s }, { .kind = Kind::delay, .message = 6, .by = 2s } };
     accessory->connect(app, "left");
     after(1s);
     whenRequesting(readVolume(0));
@@ -65,16 +66,17 @@ TEST_F(Request, MadeBeforeTheSubscriptionIsConfirmedWaitsForIt)
     after(0.9s);
     EXPECT_THAT(app->take(), IsEmpty());
     after(1.5s);
-    EXPECT_THAT(results(), ElementsAre("readVolume(program: 0) => success(data: didReadProgram(program: 0, volume: 8))"));
+    EXPECT_THAT(
+        results(), ElementsAre("readVolume(program: 0) => success(data: didReadProgram(program: 0, volume: 8))"));
 }
 
 TEST_F(Request, ThatTheAidRefusesFailsWithTheErrorOfItsKindAndChangesNothing)
 {
     givenAConnectedAid();
     for (const AuriskRequest& refused : { AuriskRequest(readVolume(9)),
-             AuriskRequest(AuriskRequest::writeProfile { .data = { 1 }, .type = AuriskProfileType::productSku }),
-             AuriskRequest(AuriskRequest::controlProgram { .program = 9 }),
-             AuriskRequest(AuriskRequest::setBaseAmplitude { .freq = 1000, .amp = 1 }) })
+             AuriskRequest(AuriskRequest::writeProfile{ .data = { 1 }, .type = AuriskProfileType::productSku }),
+             AuriskRequest(AuriskRequest::controlProgram{ .program = 9 }),
+             AuriskRequest(AuriskRequest::setBaseAmplitude{ .freq = 1000, .amp = 1 }) })
         whenRequesting(refused);
     faults().faults = { { .kind = Kind::refuse, .message = firstRequest + 6 } };
     after(5s);
@@ -99,7 +101,8 @@ TEST_F(Request, ToASilentAidTimesOutAndTheNextIsSent)
     EXPECT_THAT(results(), ElementsAre("readVolume(program: 0) => error(error: timeout)"));
     faults().isSilent = false;
     after(3.1s);
-    EXPECT_THAT(results(), ElementsAre("readVolume(program: 1) => success(data: didReadProgram(program: 1, volume: 5))"));
+    EXPECT_THAT(
+        results(), ElementsAre("readVolume(program: 1) => success(data: didReadProgram(program: 1, volume: 5))"));
     EXPECT_THAT(accessory->volumeDic(), ElementsAre(testing::Pair(1, 5)));
 }
 
@@ -108,7 +111,7 @@ TEST_F(Request, GetsALateReplyOfItsPredecessorAsItsOwn)
     givenAConnectedAid();
     faults().faults = { { .kind = Kind::delay, .message = firstReply, .by = 3.095s } };
     whenRequesting(readVolume(0)); // on the air at 0.1 s, timed out at 3.1 s, answered at 3.205 s
-    whenRequesting(AuriskRequest::controlVolume { .volume = 1, .program = 1 }); // on the air from 3.2 s
+    whenRequesting(AuriskRequest::controlVolume{ .volume = 1, .program = 1 }); // on the air from 3.2 s
     after(10s);
     EXPECT_THAT(results(),
         ElementsAre("readVolume(program: 0) => error(error: timeout)",
@@ -131,7 +134,7 @@ TEST_F(Request, IsNotCompletedByADuplicateOfTheReplyBeforeIt)
 TEST_F(Request, WaitsForItsOwnReplyWhileTheWearerTurnsTheVolume)
 {
     givenAConnectedAid();
-    whenRequesting(AuriskRequest::readProgramVolume {});
+    whenRequesting(AuriskRequest::readProgramVolume{});
     after(1s);
     app->take();
     whenRequesting(readVolume(1));
@@ -172,7 +175,8 @@ TEST_F(Request, CompletesAfterItsAccessoryHasGone)
     EXPECT_TRUE(weak.expired());
     after(10s);
     EXPECT_THAT(results(), // nothing is sent any more, and nothing is lost
-        ElementsAre("readVolume(program: 0) => error(error: timeout)", "readVolume(program: 1) => error(error: timeout)"));
+        ElementsAre(
+            "readVolume(program: 0) => error(error: timeout)", "readVolume(program: 1) => error(error: timeout)"));
 }
 
 TEST_F(Request, AcknowledgedChangesWhatTheAccessoryKnowsAndIsToldTwice)
@@ -180,16 +184,16 @@ TEST_F(Request, AcknowledgedChangesWhatTheAccessoryKnowsAndIsToldTwice)
     givenAConnectedAid();
     const AuriskDsp block = AuriskA16Dsp(Data(56, 0x11));
     const AuriskRequest requests[] = {
-        AuriskRequest::writeDsp { .dsp = block, .program = 1, .withResponse = true },
-        AuriskRequest::writeGlobalDsp {
+        AuriskRequest::writeDsp{ .dsp = block, .program = 1, .withResponse = true },
+        AuriskRequest::writeGlobalDsp{
             .global = AuriskA16GlobalDsp(Data(12, 0x22)), .chip = AuriskChip::a16, .withResponse = true },
-        AuriskRequest::controlVolume { .volume = 3, .program = 1 },
-        AuriskRequest::controlProgram { .program = 1 },
-        AuriskRequest::setTransparency { .level = 9 },
-        AuriskRequest::setBrEdr { .enable = true, .continuousIfEnable = true },
-        AuriskRequest::writeDspData { .data = Data(56, 0x33), .program = 2, .withResponse = true },
-        AuriskRequest::writeOrientation { .orientation = AccessoryOrientation::right },
-        AuriskRequest::controlMute { .mute = true },
+        AuriskRequest::controlVolume{ .volume = 3, .program = 1 },
+        AuriskRequest::controlProgram{ .program = 1 },
+        AuriskRequest::setTransparency{ .level = 9 },
+        AuriskRequest::setBrEdr{ .enable = true, .continuousIfEnable = true },
+        AuriskRequest::writeDspData{ .data = Data(56, 0x33), .program = 2, .withResponse = true },
+        AuriskRequest::writeOrientation{ .orientation = AccessoryOrientation::right },
+        AuriskRequest::controlMute{ .mute = true },
     };
     for (const auto& request : requests) {
         app->take();
@@ -217,7 +221,7 @@ TEST_F(Request, ForgetsAVolumeWhereTheReplyTellsTheProgramAlone)
     whenRequesting(readVolume(1));
     after(1s);
     EXPECT_THAT(accessory->volumeDic(), ElementsAre(testing::Pair(1, 5)));
-    whenRequestingUnheard(AuriskRequest::readProgramVolume {});
+    whenRequestingUnheard(AuriskRequest::readProgramVolume{});
     aidSends({ 0xFE, 0x68, 0x91, 0x03, 0x00, 0x04, 0x01, 0x01, 0x16 });
     EXPECT_EQ(accessory->program(), 1);
     EXPECT_TRUE(accessory->volumeDic().empty());
@@ -243,7 +247,7 @@ TEST_F(Request, IsLeftWaitingByBytesThatCannotBeUnderContain)
     } const contained;
 
     givenAConnectedAid();
-    whenRequesting(AuriskRequest::readProgramVolume {});
+    whenRequesting(AuriskRequest::readProgramVolume{});
     after(1s);
     whenRequestingUnheard(readVolume(0));
     app->take();
@@ -263,8 +267,8 @@ using RequestDeathTest = Request;
 TEST_F(RequestDeathTest, StopsTheProcessWithOneLineForBytesThatCannotBe)
 {
     givenAConnectedAid();
-    EXPECT_DEATH(aidSends(impossible[0]),
-        "^AuriskSDK: broken precondition: program 0 in a notification of 2 volumes\n$");
+    EXPECT_DEATH(
+        aidSends(impossible[0]), "^AuriskSDK: broken precondition: program 0 in a notification of 2 volumes\n$");
     EXPECT_DEATH(aidSends(impossible[6]), "^AuriskSDK: broken precondition: [^\n]*size byte 250[^\n]*\n$");
 }
 

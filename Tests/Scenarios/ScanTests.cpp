@@ -12,7 +12,7 @@ protected:
         manager->centralManagerDidDiscover(*central, peripheral, data, -60);
     }
 
-    static inline const Data aidData { 0xFE, 0xFE, 0x0A, 0x1B, 0x2C, 0x3D, 0x4E, 0x5F, 0x08, 0x06 };
+    static inline const Data aidData{ 0xFE, 0xFE, 0x0A, 0x1B, 0x2C, 0x3D, 0x4E, 0x5F, 0x08, 0x06 };
 
     struct NoDelegate final : CBCentralManagerDelegate {
         void centralManagerDidUpdateState(CBCentralManager&) override { }
@@ -117,7 +117,8 @@ TEST_F(Scan, KnowsADeviceByItsIdentifierAndUpdatesIt)
     advertise(first, { .manufacturerData = aidData, .localName = "X1-L" });
     EXPECT_FALSE(manager->hasDiscoveredAccessories());
 
-    const auto again = std::make_shared<StubPeripheral>(std::uint8_t(1), "X1-R"); // the same device, renamed and re-flagged
+    const auto again
+        = std::make_shared<StubPeripheral>(std::uint8_t(1), "X1-R"); // the same device, renamed and re-flagged
     auto changed = aidData;
     changed[8] = 0x88;
     advertise(again, { .manufacturerData = changed, .localName = std::nullopt });
@@ -154,7 +155,7 @@ TEST_F(Scan, IgnoresWhatIsNoHearingAidUntilItIsOne)
     advertise(good, { .manufacturerData = std::nullopt, .localName = "X1-R" });
     advertise(good, { .manufacturerData = short7, .localName = "X1-R" });
     advertise(good, { .manufacturerData = wrongCompany, .localName = "X1-R" });
-    advertise(good, { .manufacturerData = Data { 0xC6, 0x03, 1, 2 }, .localName = "X1-R" }); // a family without a class
+    advertise(good, { .manufacturerData = Data{ 0xC6, 0x03, 1, 2 }, .localName = "X1-R" }); // a family without a class
     EXPECT_TRUE(manager->accessories().empty());
     lower->named = "X1-L";
     advertise(lower, { .manufacturerData = aidData, .localName = std::nullopt });
@@ -163,9 +164,9 @@ TEST_F(Scan, IgnoresWhatIsNoHearingAidUntilItIsOne)
 
 TEST_F(Scan, ChoosesTheClassByTheHearingChip)
 {
-    const std::pair<std::uint8_t, std::string_view> cases[] = { { 0x00, "AuriskA4Accessory" },
-        { 0x01, "AuriskH01Accessory" }, { 0x06, "AuriskA16Accessory" }, { 0x07, "AuriskAccessory" },
-        { 0x02, "AuriskA4Accessory" } };
+    const std::pair<std::uint8_t, std::string_view> cases[]
+        = { { 0x00, "AuriskA4Accessory" }, { 0x01, "AuriskH01Accessory" }, { 0x06, "AuriskA16Accessory" },
+              { 0x07, "AuriskAccessory" }, { 0x02, "AuriskA4Accessory" } };
     for (const auto& [chip, name] : cases) {
         auto data = aidData;
         data[9] = chip;
@@ -207,10 +208,10 @@ TEST_F(Scan, LetsTheApplicationChooseWhatBecomesAnAccessory)
     };
     manager->setAccessorySelectorDelegate(nullptr);
     const auto thing = std::make_shared<StubPeripheral>(std::uint8_t(1), "a lamp");
-    advertise(thing, { .manufacturerData = Data {} });
+    advertise(thing, { .manufacturerData = Data{} });
     EXPECT_TRUE(manager->accessories().empty());
     manager->setAccessorySelectorDelegate(std::make_shared<Anything>());
-    advertise(thing, { .manufacturerData = Data {} });
+    advertise(thing, { .manufacturerData = Data{} });
     ASSERT_EQ(manager->accessories().size(), 1U);
     EXPECT_EQ(manager->accessories().front()->className(), "Accessory");
     EXPECT_EQ(manager->accessories().front()->name(), "a lamp");

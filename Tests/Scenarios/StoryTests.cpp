@@ -25,9 +25,9 @@ TEST_F(Story, GoesFromAnAdvertisementToAChangedVolume)
     EXPECT_THAT(app->take(),
         ElementsAre("not scanning", "state connecting", "state connected", "did connect", "services 180F AE30"));
 
-    whenRequesting(AuriskRequest::readProgramVolume {});
-    whenRequesting(AuriskRequest::controlVolume { .volume = 3, .program = 0 });
-    whenRequesting(AuriskRequest::controlProgram { .program = 2 });
+    whenRequesting(AuriskRequest::readProgramVolume{});
+    whenRequesting(AuriskRequest::controlVolume{ .volume = 3, .program = 0 });
+    whenRequesting(AuriskRequest::controlProgram{ .program = 2 });
     after(1s);
     EXPECT_THAT(app->take(),
         ElementsAre( //
@@ -37,7 +37,8 @@ TEST_F(Story, GoesFromAnAdvertisementToAChangedVolume)
             "updated controlVolume(volume: 3, program: 0)",
             "controlVolume(volume: 3, program: 0) => success(data: didRequest(data: AuriskRawData(cmd: 0x9C, "
             "dataSize: 2, di0: 1, di1: 19, data: 0 bytes)))",
-            "sent controlProgram(program: 2)", "updated controlProgram(program: 2)", "updated controlProgram(program: 2)",
+            "sent controlProgram(program: 2)", "updated controlProgram(program: 2)",
+            "updated controlProgram(program: 2)",
             "controlProgram(program: 2) => success(data: didRequest(data: AuriskRawData(cmd: 0x9C, dataSize: 2, "
             "di0: 2, di1: 3, data: 0 bytes)))"));
     EXPECT_EQ(aid().program, 2);
@@ -69,9 +70,8 @@ TEST_F(Story, TakesAPauseAndTheLinkForEachRequestAndNothingElse)
     givenAConnectedAid();
     const auto begin = queue.now();
     std::optional<Seconds> end;
-    accessory->request(
-        std::vector<AuriskRequest> {
-            AuriskRequest::readVolume { .program = 0 }, AuriskRequest::readVolume { .program = 1 } },
+    accessory->request(std::vector<AuriskRequest>{ AuriskRequest::readVolume{ .program = 0 },
+                           AuriskRequest::readVolume{ .program = 1 } },
         [&] { end = queue.now(); });
     after(1s);
     ASSERT_TRUE(end);
@@ -82,12 +82,12 @@ TEST_F(Story, TakesAPauseAndTheLinkForEachRequestAndNothingElse)
 TEST_F(Story, ReadsEverythingThatTheAidCanTell)
 {
     givenAConnectedAid();
-    whenRequesting(AuriskRequest::readOrientation {});
-    whenRequesting(AuriskRequest::setTransparency { .level = 7 });
-    whenRequesting(AuriskRequest::getTransparencyLevel {});
-    whenRequesting(AuriskRequest::setBrEdr { .enable = true, .continuousIfEnable = true });
-    whenRequesting(AuriskRequest::readBrEdr {});
-    whenRequesting(AuriskRequest::hearingSupported {});
+    whenRequesting(AuriskRequest::readOrientation{});
+    whenRequesting(AuriskRequest::setTransparency{ .level = 7 });
+    whenRequesting(AuriskRequest::getTransparencyLevel{});
+    whenRequesting(AuriskRequest::setBrEdr{ .enable = true, .continuousIfEnable = true });
+    whenRequesting(AuriskRequest::readBrEdr{});
+    whenRequesting(AuriskRequest::hearingSupported{});
     after(2s);
     const auto heard = results();
     EXPECT_THAT(heard,

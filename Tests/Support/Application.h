@@ -48,8 +48,8 @@ public:
         lastRssi = rssi;
         hear("discovered " + accessory->name());
     }
-    void accessoryManagerDidUpdate(const std::shared_ptr<AccessoryManager>&, const std::shared_ptr<Accessory>&,
-        std::optional<int> rssi) override
+    void accessoryManagerDidUpdate(
+        const std::shared_ptr<AccessoryManager>&, const std::shared_ptr<Accessory>&, std::optional<int> rssi) override
     {
         lastRssi = rssi;
         ++updates;

@@ -90,7 +90,7 @@ protected:
     }
 
     ManualDispatchQueue queue;
-    ScopedMainQueue main { queue };
+    ScopedMainQueue main{ queue };
     std::shared_ptr<Simulator> simulator = Simulator::create(world());
     std::shared_ptr<Application> app = std::make_shared<Application>();
     std::shared_ptr<AccessoryManager> manager = AccessoryManager::create(simulator->platform());

@@ -12,7 +12,7 @@ namespace aurisk::tests {
 class StubPeripheral final : public CBPeripheral {
 public:
     explicit StubPeripheral(std::uint8_t number = 1, std::optional<std::string> itsName = "X1-L")
-        : id(CBUUID::Bytes { 1, 2, 3, 4, number })
+        : id(CBUUID::Bytes{ 1, 2, 3, 4, number })
         , named(std::move(itsName))
     {
     }

@@ -230,7 +230,7 @@ TEST_F(MessageHandler, LetsGoOfACompletionOnceItHasRun)
 {
     handler->launch();
     const auto held = std::make_shared<int>();
-    handler->excute(1, 3s, [held](const std::optional<int>&) { });
+    handler->excute(1, 3s, [held](const std::optional<int>&) {});
     after(0.2s);
     handler->excuted(10);
     queue.runUntilIdle();

@@ -42,7 +42,7 @@ protected:
     }
     void request(int program)
     {
-        service->request(AuriskRequest::readVolume { .program = program }, 3s,
+        service->request(AuriskRequest::readVolume{ .program = program }, 3s,
             [this](const AuriskResult& result) { heard.push_back("=> " + description(result)); });
     }
     void arrives(std::optional<Data> value)
@@ -53,13 +53,13 @@ protected:
     }
 
     ManualDispatchQueue queue;
-    ScopedMainQueue main { queue };
+    ScopedMainQueue main{ queue };
     std::vector<std::string> heard;
     std::shared_ptr<StubPeripheral> peripheral = std::make_shared<StubPeripheral>();
     std::shared_ptr<CBService> gatt = std::make_shared<CBService>(CBUUID(0xAE30), peripheral);
     std::shared_ptr<CBCharacteristic> replies = characteristic(0xAE02, gatt, Properties::notify);
     std::shared_ptr<AuriskDataService> service = AuriskDataService::create("AE30", peripheral, gatt);
-    std::shared_ptr<AuriskDataServiceDelegate> delegate { this, [](auto*) { } };
+    std::shared_ptr<AuriskDataServiceDelegate> delegate{ this, [](auto*) {} };
 };
 
 TEST_F(DataService, FindsItsCharacteristicsAndSubscribesToTheReplies)
@@ -67,9 +67,10 @@ TEST_F(DataService, FindsItsCharacteristicsAndSubscribesToTheReplies)
     EXPECT_THAT(peripheral->take(), ElementsAre("characteristics AE30"));
     service->didDiscoverCharacteristics({}, std::nullopt);
     EXPECT_THAT(peripheral->take(), IsEmpty());
-    const BluetoothError error { "test", 1, "an error that does not count" };
+    const BluetoothError error{ "test", 1, "an error that does not count" };
     service->didDiscoverCharacteristics(
-        { characteristic(0xAE03, gatt, Properties::notify), characteristic(0xAE01, gatt, Properties::write), replies }, error);
+        { characteristic(0xAE03, gatt, Properties::notify), characteristic(0xAE01, gatt, Properties::write), replies },
+        error);
     EXPECT_THAT(peripheral->take(), ElementsAre("subscribe AE02"));
 }
 
@@ -107,11 +108,11 @@ TEST_F(DataService, TellsItsDelegateBeforeItTellsTheRequester)
 {
     service->setDelegate(delegate);
     givenCharacteristics(Properties::write);
-    const BluetoothError error { "test", 1, "any change of the subscription will do" };
+    const BluetoothError error{ "test", 1, "any change of the subscription will do" };
     service->didUpdateNotificationStateForCharacteristic(replies, error);
     request(1);
     queue.advance(0.2s);
-    arrives(Data { 0x00, 0xFE, 0x68, 0xD1, 0x02, 0x02, 0x04, 0x41, 0x16 });
+    arrives(Data{ 0x00, 0xFE, 0x68, 0xD1, 0x02, 0x02, 0x04, 0x41, 0x16 });
     request(1);
     queue.advance(4s);
     EXPECT_THAT(take(),
@@ -129,12 +130,12 @@ TEST_F(DataService, TakesOnlyFramesThatAnswerForAnswers)
     queue.advance(0.2s);
     take();
     arrives(std::nullopt);
-    arrives(Data { 0x00, 0x01, 0x02 });
-    arrives(Data { 0x00, 0xFE, 0x68, 0x91, 0x03, 0x01, 0x04, 0x05, 0x07, 0x16 }); // its checksum is one too large
+    arrives(Data{ 0x00, 0x01, 0x02 });
+    arrives(Data{ 0x00, 0xFE, 0x68, 0x91, 0x03, 0x01, 0x04, 0x05, 0x07, 0x16 }); // its checksum is one too large
     EXPECT_THAT(take(), IsEmpty());
-    arrives(Data { 0x00, 0xFE, 0x68, 0x9F, 0x03, 0x02, 0x07, 0x09, 0x1C, 0x16 });
+    arrives(Data{ 0x00, 0xFE, 0x68, 0x9F, 0x03, 0x02, 0x07, 0x09, 0x1C, 0x16 });
     EXPECT_THAT(take(), ElementsAre("notified 1 9"));
-    arrives(Data { 0x00, 0xFE, 0x68, 0x42, 0x02, 0x00, 0x00, 0xAC, 0x16 }); // nothing known, but an answer
+    arrives(Data{ 0x00, 0xFE, 0x68, 0x42, 0x02, 0x00, 0x00, 0xAC, 0x16 }); // nothing known, but an answer
     EXPECT_THAT(take(),
         ElementsAre("finished readVolume(program: 0): error(error: other(message: \"parse error\"))",
             "=> error(error: other(message: \"parse error\"))"));
@@ -144,7 +145,7 @@ TEST_F(DataService, RunsABatchOneAfterAnotherAndCompletesOnce)
 {
     givenCharacteristics(Properties::write);
     service->didUpdateNotificationStateForCharacteristic(replies, std::nullopt);
-    const std::vector<AuriskRequest> batch { AuriskRequest::beginFind {}, AuriskRequest::endFind {} };
+    const std::vector<AuriskRequest> batch{ AuriskRequest::beginFind{}, AuriskRequest::endFind{} };
     service->request(batch, [this] { heard.push_back("complete"); });
     queue.advance(6.1s);
     EXPECT_THAT(take(), IsEmpty());
@@ -163,7 +164,7 @@ protected:
     std::shared_ptr<CBCharacteristic> level = characteristic(0x2A19, gatt, Properties::read | Properties::notify);
     std::shared_ptr<CBCharacteristic> other = characteristic(0x2A1A, gatt, Properties::notify);
     std::shared_ptr<AuriskBatService> service = AuriskBatService::create("180F", peripheral, gatt);
-    std::shared_ptr<AuriskBatServiceDelegate> delegate { this, [](auto*) { } };
+    std::shared_ptr<AuriskBatServiceDelegate> delegate{ this, [](auto*) {} };
 };
 
 TEST_F(BatteryService, DoesNothingUntilItKnowsItsCharacteristic)
@@ -181,13 +182,13 @@ TEST_F(BatteryService, DoesNothingUntilItKnowsItsCharacteristic)
 TEST_F(BatteryService, ReportsTheFirstByteOfWhateverArrives)
 {
     service->setDelegate(delegate);
-    level->setValue(Data { 0x64, 0x00 });
+    level->setValue(Data{ 0x64, 0x00 });
     service->didUpdateValueForCharacteristic(level, *peripheral, std::nullopt);
-    level->setValue(Data {});
+    level->setValue(Data{});
     service->didUpdateValueForCharacteristic(level, *peripheral, std::nullopt);
     level->setValue(std::nullopt);
     service->didUpdateValueForCharacteristic(level, *peripheral, std::nullopt);
-    other->setValue(Data { 0xFF });
+    other->setValue(Data{ 0xFF });
     service->didUpdateValueForCharacteristic(other, *peripheral, std::nullopt);
     EXPECT_THAT(levels, ElementsAre(100, 255));
 }
@@ -197,7 +198,7 @@ TEST_F(BatteryService, ReportsTheLevelThatASubscriptionAlreadyHolds)
     service->setDelegate(delegate);
     service->didUpdateNotificationStateForCharacteristic(level, std::nullopt);
     EXPECT_THAT(levels, IsEmpty());
-    level->setValue(Data { 55 });
+    level->setValue(Data{ 55 });
     service->didUpdateNotificationStateForCharacteristic(level, std::nullopt);
     EXPECT_THAT(levels, ElementsAre(55));
 }
