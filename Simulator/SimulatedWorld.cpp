@@ -26,6 +26,16 @@ constexpr std::array radioStates = {
 };
 
 constexpr Seconds longestScript{ 24 * 3600 };
+constexpr int mostLevels = 16; ///< of lists and objects in each other; a world needs less than half of it
+
+/// Whether lists and objects stand in each other more than `levels` deep. To copy JSON takes stack for each level, so
+/// this comes before anything else does.
+bool isDeeperThan(int levels, const nlohmann::json& value)
+{
+    return value.is_structured() && (levels == 0 || std::any_of(value.begin(), value.end(), [&](const auto& inner) {
+        return isDeeperThan(levels - 1, inner);
+    }));
+}
 
 void readLink(PlacedAid& placed, const nlohmann::json& value, const std::string& place)
 {
@@ -106,6 +116,8 @@ void refuseTwins(const SimulatedWorld& world, const SimulatedAid& newcomer, cons
 
 SimulatedWorld SimulatedWorld::fromJson(const nlohmann::json& value)
 {
+    if (isDeeperThan(mostLevels, value))
+        failAt("world", fmt::format("holds lists and objects more than {} deep", mostLevels));
     WorldReader reader(value, "");
     SimulatedWorld world;
     world.radioState = reader.choice<CBManagerState>("radio", world.radioState, radioStates);
