@@ -1,0 +1,223 @@
+#include "AuriskSDK/Platform/Manual/ManualDispatchQueue.h"
+#include "Fuzz/FuzzTargets.h"
+#include "Fuzz/InputReader.h"
+#include "Fuzz/SecondDecoder.h"
+#include "Tests/Support/StubBluetooth.h"
+
+#include <array>
+
+namespace aurisk::fuzz {
+
+namespace {
+
+/// What an accessory holds of its device, or what it ought to hold.
+struct Cache {
+    std::optional<int> bat = {};
+    std::optional<int> program = {};
+    std::map<int, int> volumes = {};
+    std::optional<bool> brEdr = {};
+    bool brEdrContinuousIfEnable = false;
+    std::optional<int> transLevel = {};
+    bool hearingSupported = false;
+
+    friend bool operator==(const Cache&, const Cache&) = default;
+
+    static Cache of(const AuriskAccessory& accessory)
+    {
+        return { .bat = accessory.bat(),
+            .program = accessory.program(),
+            .volumes = accessory.volumeDic(),
+            .brEdr = accessory.brEdr(),
+            .brEdrContinuousIfEnable = accessory.brEdrContinuousIfEnable(),
+            .transLevel = accessory.transLevel(),
+            .hearingSupported = accessory.hearingSupported() };
+    }
+
+    /// The wearer has changed something.
+    void notified(const AuriskResponse::didNotify& now)
+    {
+        if (program == now.program)
+            volumes[now.program] = now.volume;
+        program = now.program;
+    }
+
+    /// A reply that carries no values: what was asked for holds now.
+    void acknowledged(const AuriskRequest& request)
+    {
+        const auto& asked = request.value();
+        if (const auto* volume = std::get_if<AuriskRequest::controlVolume>(&asked))
+            volumes[volume->program] = volume->volume;
+        if (const auto* change = std::get_if<AuriskRequest::controlProgram>(&asked))
+            program = change->program;
+        if (const auto* transparency = std::get_if<AuriskRequest::setTransparency>(&asked))
+            transLevel = transparency->level;
+        if (const auto* classic = std::get_if<AuriskRequest::setBrEdr>(&asked)) {
+            brEdr = classic->enable;
+            brEdrContinuousIfEnable = classic->continuousIfEnable;
+        }
+    }
+
+    /// A reply to `request`. It is believed by what it says, not by what was asked.
+    void replied(const AuriskResponse& response, const AuriskRequest& request)
+    {
+        if (const auto* read = response.as<AuriskResponse::didReadProgram>()) {
+            program = read->program;
+            volumes.erase(read->program);
+            if (read->volume)
+                volumes[read->program] = *read->volume;
+        } else if (const auto* transparency = response.as<AuriskResponse::didReadTransparency>())
+            transLevel = transparency->level;
+        else if (const auto* classic = response.as<AuriskResponse::didReadBrEdr>()) {
+            brEdr = classic->enable;
+            brEdrContinuousIfEnable = classic->continuousIfEnable;
+        } else if (response.as<AuriskResponse::didReadHearingTest>())
+            hearingSupported = true;
+        else if (!response.as<AuriskResponse::didReadDsp>() && !response.as<AuriskResponse::didReadGlobal>()
+            && !response.as<AuriskResponse::didReadProfile>())
+            acknowledged(request);
+    }
+};
+
+AuriskRequest chooseRequest(InputReader& reader)
+{
+    const int which = reader.byte() % 9, a = reader.byte() % 200, b = reader.byte();
+    switch (which) {
+    case 0: return AuriskRequest::readVolume{ .program = a };
+    case 1: return AuriskRequest::controlVolume{ .volume = b, .program = a };
+    case 2: return AuriskRequest::controlProgram{ .program = a };
+    case 3: return AuriskRequest::setTransparency{ .level = a };
+    case 4: return AuriskRequest::setBrEdr{ .enable = a % 2 == 1, .continuousIfEnable = b % 2 == 1 };
+    case 5: return AuriskRequest::readProgramVolume{};
+    case 6: return AuriskRequest::getTransparencyLevel{};
+    case 7: return AuriskRequest::readOrientation{};
+    default: return AuriskRequest::writeDspData{ .data = Data(std::size_t(a)), .program = 0, .withResponse = true };
+    }
+}
+
+/// An accessory and its device, connected at first, and beside them what the accessory ought to hold.
+class Session final : public AuriskAccessoryDelegate, public std::enable_shared_from_this<Session> {
+public:
+    void begin()
+    {
+        CBAdvertisementData advertisement;
+        advertisement.manufacturerData = Data{ 0xFE, 0xFE, 0x0A, 0x1B, 0x2C, 0x3D, 0x4E, 0x5F, 0x08, 0x06 };
+        _radio.hear(_peripheral, advertisement);
+        _accessory = std::dynamic_pointer_cast<AuriskAccessory>(_radio.manager->accessories().at(0));
+        connect();
+    }
+
+    void step(InputReader& reader)
+    {
+        constexpr std::array<std::uint8_t, 10> replies = { 0x91, 0x94, 0x9C, 0x9D, 0x9F, 0xD1, 0xD4, 0xDC, 0xDD, 0x42 };
+        switch (reader.byte() % 7) {
+        case 0: request(chooseRequest(reader)); break;
+        case 1: {
+            const auto command = replies[reader.byte() % replies.size()];
+            notify(frameAround(command, reader.counted()));
+            break;
+        }
+        case 2: notify(reader.counted()); break;
+        case 3: notifyBattery(reader.counted()); break;
+        case 4: _queue.advance(Seconds(0.1)); break;
+        case 5: _queue.advance(Seconds(reader.byte() * 0.05)); break;
+        case 6: _peripheral->isConnected ? _radio.loseLink(_peripheral) : connect(); break;
+        }
+        require(Cache::of(*_accessory) == _expected, "what is held does not follow from what was received");
+    }
+
+    /// Nothing comes any more, so that every request that still waits runs into its time limit.
+    void end()
+    {
+        _queue.advance(Seconds(4.0 * double(_completions.size() + 1)));
+        for (const auto count : _completions)
+            require(count == 1, "a request did not complete exactly once");
+        require(_queue.clock()->pendingCount() == 0, "work is left over");
+        require(Cache::of(*_accessory) == _expected, "a time-out has changed what is held");
+    }
+
+    void didSendRequest(const std::shared_ptr<AuriskAccessory>&, const AuriskRequest& request) override
+    {
+        _inFlight = request;
+    }
+    void batteryDidChanged(const std::shared_ptr<AuriskAccessory>&, int) override { }
+    void didNotifyProgram(const std::shared_ptr<AuriskAccessory>&, int, int) override { }
+    void didNotifyVolume(const std::shared_ptr<AuriskAccessory>&, int, int) override { }
+    void didUpdateValue(const std::shared_ptr<AuriskAccessory>&, const AuriskRequest&) override { }
+    void deviceDidUpdateState(const std::shared_ptr<Accessory>&, AccessoryState) override { }
+    void deviceDidDiscoverServices(
+        const std::shared_ptr<Accessory>&, const std::vector<std::shared_ptr<AccessoryService>>&) override
+    {
+    }
+    void deviceDidConnect(const std::shared_ptr<Accessory>&, const MaybeError&) override { }
+    void deviceDidDisconnect(const std::shared_ptr<Accessory>&, const MaybeError&) override { }
+    void deviceDidFailToConnect(const std::shared_ptr<Accessory>&, const MaybeError&) override { }
+
+private:
+    void connect()
+    {
+        ++_connection;
+        _inFlight.reset(); // what the last connection asked for cannot be answered in this one
+        _radio.connect(_peripheral, *_accessory, weak_from_this());
+    }
+
+    void request(const AuriskRequest& request)
+    {
+        const auto index = _completions.size();
+        _completions.push_back(0);
+        _accessory->request(request, [this, index, connection = _connection](const AuriskResult&) {
+            ++_completions[index];
+            if (connection == _connection)
+                _inFlight.reset();
+        });
+    }
+
+    void notify(DataView value)
+    {
+        if (!_peripheral->isConnected)
+            return;
+        if (const auto result = decodeAgain(value).result; result && result->isSuccess()) {
+            if (const auto* notified = result->data()->as<AuriskResponse::didNotify>())
+                _expected.notified(*notified);
+            else if (_inFlight)
+                _expected.replied(*result->data(), *_inFlight);
+        }
+        _peripheral->notify(_peripheral->replies, Data(value.begin(), value.end()));
+        _queue.runUntilIdle();
+    }
+
+    void notifyBattery(DataView value)
+    {
+        if (!_peripheral->isConnected)
+            return;
+        if (!value.empty())
+            _expected.bat = value.front();
+        _peripheral->notify(_peripheral->battery, Data(value.begin(), value.end()));
+    }
+
+    ManualDispatchQueue _queue;
+    ScopedMainQueue _scope{ _queue };
+    tests::StubRadio _radio;
+    std::shared_ptr<tests::StubPeripheral> _peripheral = tests::StubPeripheral::create(CBUUID(0x0001), "X1-L");
+    std::shared_ptr<AuriskAccessory> _accessory;
+    Cache _expected;
+    std::optional<AuriskRequest> _inFlight; ///< sent in this connection, and not yet completed
+    int _connection = 0;
+    std::vector<int> _completions; ///< how often each request has completed
+};
+
+} // namespace
+
+/// Whatever a device sends, and whenever: each request completes exactly once, and what is held follows from the frames
+/// that were received, each taken for the reply to the request in flight.
+void accessory(DataView input)
+{
+    const ScopedContainPolicy contain;
+    const auto session = std::make_shared<Session>();
+    session->begin();
+    InputReader reader(input);
+    while (!reader.isEmpty())
+        session->step(reader);
+    session->end();
+}
+
+} // namespace aurisk::fuzz
