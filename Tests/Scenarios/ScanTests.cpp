@@ -78,6 +78,33 @@ TEST_F(Scan, StoppedByHandIsNotStoppedAgainByItsTimer)
     EXPECT_TRUE(manager->isScanning());
 }
 
+TEST_F(Scan, MayBeStoppedByTheApplicationAsSoonAsItIsTold)
+{
+    struct Fickle final : AccessoryManagerScanningDelegate {
+        void accessoryManagerIsScanning(const std::shared_ptr<AccessoryManager>& its, bool isScanning) override
+        {
+            if (isScanning)
+                its->stopScan();
+        }
+        void accessoryManagerDidDiscover(
+            const std::shared_ptr<AccessoryManager>&, const std::shared_ptr<Accessory>&, std::optional<int>) override
+        {
+            ++found;
+        }
+        void accessoryManagerDidUpdate(
+            const std::shared_ptr<AccessoryManager>&, const std::shared_ptr<Accessory>&, std::optional<int>) override
+        {
+        }
+        int found = 0;
+    };
+    const auto fickle = std::make_shared<Fickle>();
+    manager->setScanningDelegate(fickle);
+    manager->startScan(5s);
+    after(10s);
+    EXPECT_FALSE(manager->isScanning());
+    EXPECT_EQ(fickle->found, 0);
+}
+
 TEST_F(Scan, GoesOnWhenTheRadioComesBack)
 {
     after(0.1s);

@@ -126,7 +126,8 @@ std::shared_ptr<AuriskAccessory> AuriskAccessory::self()
     return std::static_pointer_cast<AuriskAccessory>(shared_from_this());
 }
 
-void AuriskAccessory::tell(const std::function<void(AuriskAccessoryDelegate&)>& what)
+/// Calls `what` with the delegate, where that is one for this family.
+template <typename What> void AuriskAccessory::tell(What&& what)
 {
     if (const auto conforming = std::dynamic_pointer_cast<AuriskAccessoryDelegate>(delegate()))
         what(*conforming);

@@ -113,7 +113,7 @@ protected:
 
 private:
     std::shared_ptr<AuriskAccessory> self();
-    void tell(const std::function<void(AuriskAccessoryDelegate&)>& what);
+    template <typename What> void tell(What&& what);
     void take(const AuriskManuData& manuData);
     void apply(const AuriskResponse& response, const AuriskRequest& request);
     void writeAcknowledged(const AuriskRequest& request);

@@ -67,8 +67,6 @@ void AccessoryManager::startScan(Seconds duration)
     if (_isScanning)
         return;
     _isScanning = true;
-    AuriskLog::log("Scanning started");
-    tellIsScanning();
     if (_centralManager)
         _centralManager->scanForPeripherals({ .allowDuplicates = true });
     if (_scanningDuration > Seconds(0))
@@ -76,6 +74,8 @@ void AccessoryManager::startScan(Seconds duration)
             if (const auto self = weak.lock())
                 self->stopScan();
         });
+    AuriskLog::log("Scanning started");
+    tellIsScanning(); // last: the delegate may stop the scan again
 }
 
 void AccessoryManager::stopScan()

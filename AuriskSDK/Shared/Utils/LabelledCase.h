@@ -43,6 +43,12 @@ constexpr CaseLabels<Members...> labelled(std::string_view name, std::pair<std::
     return { name, { members... } };
 }
 
+template <typename T>
+concept LabelledCase = requires
+{
+    T::labels.name;
+};
+
 inline std::string description(bool value) { return value ? "true" : "false"; }
 inline std::string description(const std::string& text) { return '"' + text + '"'; }
 inline std::string description(const Data& bytes) { return std::to_string(bytes.size()) + " bytes"; }
@@ -58,9 +64,7 @@ template <typename T> std::string description(const std::optional<T>& value)
 }
 
 /// A case as text: its name, and in brackets its labels and values, if it has any.
-template <typename Case>
-requires requires { Case::labels.name; }
-std::string description(const Case& one)
+template <LabelledCase Case> std::string description(const Case& one)
 {
     std::string values;
     Case::labels.each(one, [&](std::string_view text, const auto& value) {

@@ -224,7 +224,7 @@ public:
         readProgramVolume, readOrientation, controlLockChip, controlShip, enterDUT, readBrEdr, getTransparencyLevel,
         beginFind, endFind, resetFactory, hearingSupported, stopPlaySine>;
 
-    template <typename C>
+    template <LabelledCase C>
     requires std::constructible_from<Case, C> AuriskRequest(C one)
         : _case(std::move(one))
     {

@@ -96,7 +96,7 @@ public:
     using Case = std::variant<didReadProgram, didReadDsp, didReadGlobal, didReadProfile, didReadTransparency,
         didReadOrientation, didReadBrEdr, didReadHearingTest, didReadPairCode, didNotify, didRequest, unknown>;
 
-    template <typename C>
+    template <LabelledCase C>
     requires std::constructible_from<Case, C> AuriskResponse(C one)
         : _case(std::move(one))
     {
@@ -154,7 +154,7 @@ public:
 
     using Case = std::variant<other, timeout, writeError, readError, controlError, btError, disconnected>;
 
-    template <typename C>
+    template <LabelledCase C>
     requires std::constructible_from<Case, C> AuriskResultError(C one)
         : _case(std::move(one))
     {
