@@ -34,8 +34,8 @@ struct AuriskBaseAmplitude {
 /// Everything that an Aurisk aid is and holds. Programs are counted from 0.
 struct AuriskAidState {
     // What it was made as. A factory reset leaves it alone.
-    std::string name;
-    std::string address;
+    std::string name = {};
+    std::string address = {};
     std::uint8_t chip = 0x06; ///< hearing-aid chip: a4 0x00, h01 0x01, a16 0x06
     std::uint8_t radioChip = 0x08; ///< u87 7, tiny600 8; at most 0x7F, as the top bit is the transparency flag's
     bool transparencyFlag = false; ///< what its advertisement says of transparency

@@ -15,7 +15,7 @@ struct Fault {
     enum class Kind {
         dropLinkBefore, ///< the link goes in place of the message
         dropLinkAfter, ///< the message arrives, and the link goes before anything that answers it
-        lose, ///< never arrives
+        lose, ///< never arrives; where it is "connection made", the attempt is made again a second later
         duplicate, ///< arrives twice, the second time at once; only where the message carries a value
         delay, ///< arrives later `by` so much, and holds nothing up
         corrupt, ///< one bit in the middle of the value is flipped; only where the message carries one

@@ -20,7 +20,7 @@ namespace aurisk {
 ///     battery B   percent                                 mute M      1 on, 0 off
 ///     power P     0 switches the aid off: it leaves the air; 1 switches it on, out of the shipping state too
 struct WearerAction {
-    std::string what;
+    std::string what = {};
     int value = 0;
 
     /// Reads "volume 5"; none for any other form. Whether an aid knows the action is the aid's to say.
@@ -37,7 +37,7 @@ struct SimulatedCharacteristic {
 
 struct SimulatedService {
     CBUUID uuid;
-    std::vector<SimulatedCharacteristic> characteristics;
+    std::vector<SimulatedCharacteristic> characteristics = {};
 };
 
 /// One virtual hearing aid: a GATT table, bytes in, bytes out. It knows neither radio nor time; a link

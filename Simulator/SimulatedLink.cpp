@@ -115,9 +115,9 @@ void SimulatedLink::didHearAttempt()
 /// A radio that hears nothing of its attempt makes it again.
 void SimulatedLink::tryAgain()
 {
-    _waiting.insert(_waiting.begin(), _host);
-    release();
-    connectNext();
+    _isUp = false;
+    aid().didDisconnect();
+    carry([this] { didHearAttempt(); });
 }
 
 void SimulatedLink::refuseAttempt()

@@ -18,7 +18,7 @@ namespace aurisk {
 
 /// One aid and how the radio hears it.
 struct PlacedAid {
-    std::shared_ptr<SimulatedAid> aid;
+    std::shared_ptr<SimulatedAid> aid = {};
     int rssi = -60; ///< dBm, -127 to 20
     Seconds advertisingInterval{ 0.2 }; ///< 0.02 s to 10.24 s
     int mtu = 247; ///< ATT_MTU of a connection, 23 to 517; a value carries three bytes less
@@ -28,8 +28,8 @@ struct PlacedAid {
 /// One line of a script: what the wearer of one aid does, and when.
 struct ScriptedAction {
     Seconds at{ 0 }; ///< from the start of the run, or of the script's current repetition
-    std::string aid; ///< its name
-    WearerAction action;
+    std::string aid = {}; ///< its name
+    WearerAction action = {};
 
     friend bool operator==(const ScriptedAction&, const ScriptedAction&) = default;
 };

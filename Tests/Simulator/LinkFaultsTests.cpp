@@ -75,6 +75,53 @@ TEST_F(ALink, SpoilsExactlyTheMessageThatItIsTo)
     }
 }
 
+TEST_F(ALink, ConfirmsAWriteOnceAlthoughItComesTwice)
+{
+    givenASubscribedAid();
+    faults().faults = { { Kind::duplicate, 6 } };
+    write(readVolume1, withResponse);
+    EXPECT_THAT(within(1s), ElementsAre("written AE01", volume1Is10, volume1Is10));
+}
+
+TEST_F(ALink, NotifiesNothingAfterASubscriptionThatWasRefused)
+{
+    givenDiscoveredCharacteristics();
+    faults().faults = { { Kind::refuse, 5 } };
+    left->setNotifyValue(true, reply);
+    EXPECT_THAT(within(1s), ElementsAre("subscribed AE02, simulated 4"));
+    write(readVolume1);
+    EXPECT_THAT(within(1s), IsEmpty());
+}
+
+TEST_F(ALink, WaitsForAnAidThatLeavesTheAirDuringTheAttempt)
+{
+    givenFoundAids();
+    central->connectPeripheral(left);
+    radio().perform("X1-L", { "power", 0 });
+    EXPECT_THAT(within(60s), IsEmpty());
+    radio().perform("X1-L", { "power", 1 });
+    EXPECT_THAT(within(1s), ElementsAre("connected X1-L"));
+}
+
+/// The connection is lost and made again a second later: cancelled at any moment around that, the attempt ends once.
+TEST_F(ALink, CanBeCancelledWhileALostConnectionIsMadeAgain)
+{
+    for (int cancelledAt = 995; cancelledAt <= 1015; ++cancelledAt) {
+        SCOPED_TRACE(cancelledAt);
+        simulator = Simulator::create(world(), queue);
+        central = makeCentral();
+        givenFoundAids();
+        faults().faults = { { Kind::lose, 1 } };
+        central->connectPeripheral(left);
+        queue.advance(Seconds(cancelledAt / 1000.0));
+        central->cancelPeripheralConnection(left);
+        const auto heard = within(60s);
+        EXPECT_EQ(heard.size(), 1u);
+        EXPECT_EQ(heard.back(), "disconnected X1-L");
+        EXPECT_EQ(radio().linkCount(), 0);
+    }
+}
+
 TEST_F(ALink, DeliversWhatCameBeforeItWentAndNothingAfter)
 {
     givenASubscribedAid();
@@ -128,7 +175,7 @@ TEST_F(ALink, SpoilsAnswersThatCarryNoValue)
                 expected.insert(expected.end(), { whole[step], "disconnected X1-L, simulated 1" });
             else if (kind == Kind::dropLinkBefore)
                 expected.push_back("disconnected X1-L, simulated 1");
-            else if (kind != Kind::lose)
+            else if (kind != Kind::lose || step == 0) // a lost connection is made again
                 expected = whole;
             EXPECT_EQ(heard, expected);
             const bool goes = kind == Kind::dropLinkBefore || kind == Kind::dropLinkAfter;

@@ -81,6 +81,37 @@ TEST(AWorld, IsReadFromItsText)
     EXPECT_TRUE(SimulatedWorld::fromJson(json::object()).aids.empty());
 }
 
+TEST(AWorld, KeepsEverythingThatAnAidIs)
+{
+    const AuriskAidState state{ .name = "Odd",
+        .address = "0A:1B:2C:3D:4E:5F",
+        .chip = 0x09,
+        .radioChip = 9,
+        .transparencyFlag = true,
+        .hearingTestSupported = false,
+        .volumes = { 3, 4, 5 },
+        .program = 2,
+        .muted = true,
+        .transparencyLevel = 200,
+        .brEdrEnabled = true,
+        .brEdrContinuous = true,
+        .isRight = true,
+        .locked = true,
+        .finding = true,
+        .inHearingMode = true,
+        .inDeviceTest = true,
+        .tone = AuriskTone{ .frequency = 65535, .amplitude = 70000, .timestamp = 4294967295u },
+        .baseAmplitude = AuriskBaseAmplitude{ 250, 7 },
+        .lastBeep = 0,
+        .battery = 0,
+        .shipped = true,
+        .switchedOff = true };
+    const auto value = SimulatedAuriskAid(state).toJson();
+    EXPECT_EQ(value.size(), 24u) << "its kind, and 23 members";
+    const auto read = std::dynamic_pointer_cast<SimulatedAuriskAid>(aidFromJson(value));
+    EXPECT_TRUE(read->state() == state);
+}
+
 TEST(AWorld, NamesThePlaceOfWhatIsWrong)
 {
     struct Row {
@@ -157,6 +188,9 @@ TEST(AWorld, NamesThePlaceOfWhatIsWrong)
         EXPECT_EQ(sentence(world), row.sentence);
     }
 
+    auto misspelt = good;
+    misspelt["aids"][0]["volums"] = { 1 };
+    EXPECT_THAT(sentence(misspelt), testing::StartsWith("aids[0].volums: is no known key; known are name, address"));
     auto twins = good;
     twins["aids"].push_back({ { "kind", "aurisk" }, { "name", "A" }, { "address", "00:00:00:00:00:02" } });
     EXPECT_EQ(sentence(twins), "aids[1].name: there is already an aid called \"A\"");
@@ -210,6 +244,9 @@ TEST_F(AWorldFile, SaysWhatIsWrongWithIt)
     const auto nowhere = folder / "none" / "world.json";
     EXPECT_EQ(sentence([&] { SimulatedWorld().save(nowhere); }),
         nowhere.string() + ": cannot be written: No such file or directory");
+    std::filesystem::create_directories(folder / "folder" / "inner");
+    EXPECT_THAT(sentence([&] { SimulatedWorld().save(folder / "folder"); }), testing::HasSubstr("cannot be written: "));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 2) << "nothing else lies about";
 }
 
 TEST(AScript, IsPlayedInItsOrderAndAgainWithEachPeriod)
