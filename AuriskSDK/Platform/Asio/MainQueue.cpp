@@ -11,13 +11,16 @@
 #include <algorithm>
 #include <atomic>
 #include <map>
+#include <mutex>
+#include <optional>
 #include <thread>
 
 namespace aurisk {
 
 namespace {
 
-/// One timer of the loop serves all waiting work, which stays in order here: equal moments run as they were added.
+/// All waiting work stands here in the order in which it becomes due, equal moments as they were added. The loop is
+/// asked once for each piece to run what is first by then: at once for `async`, by the one timer for the rest.
 class AsioDispatchQueue final : public DispatchQueue {
 public:
     explicit AsioDispatchQueue(asio::io_context* hosts)
@@ -29,16 +32,22 @@ public:
 
     void async(Work work) override
     {
-        asio::post(_context, [this, work = std::move(work)] { run(work); });
+        {
+            const std::lock_guard lock(_mutex);
+            _waiting.emplace(Clock::now(), std::move(work));
+        }
+        postRunFirst();
     }
 
     void asyncAfter(Seconds delay, Work work) override
     {
         const auto due = Clock::now() + std::chrono::ceil<Clock::duration>(std::max(delay, Seconds(0)));
-        const bool isFirst = _due.empty() || due < _due.begin()->first;
-        _due.emplace(due, std::move(work));
-        if (isFirst)
-            arm();
+        {
+            const std::lock_guard lock(_mutex);
+            _waiting.emplace(due, std::move(work));
+        }
+        if (!_armed || due < *_armed)
+            arm(due);
     }
 
     Seconds now() const override { return Clock::now().time_since_epoch(); }
@@ -63,38 +72,53 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
+    using Waiting = std::multimap<Clock::time_point, Work>;
 
-    void run(const Work& work)
+    void postRunFirst()
     {
-        _thread = std::this_thread::get_id();
-        work();
+        asio::post(_context, [this] { runFirst(); });
     }
 
-    void arm()
+    void runFirst()
     {
-        _timer.expires_at(_due.begin()->first);
+        _thread = std::this_thread::get_id();
+        Waiting::node_type first;
+        {
+            const std::lock_guard lock(_mutex);
+            if (_waiting.empty() || _waiting.begin()->first > Clock::now())
+                return; // the timer asked for a piece that had been asked for already
+            first = _waiting.extract(_waiting.begin());
+        }
+        first.mapped()();
+    }
+
+    void arm(Clock::time_point due)
+    {
+        _armed = due;
+        _timer.expires_at(due);
         _timer.async_wait([this](const asio::error_code& cancelled) {
             if (!cancelled)
-                runDue();
+                askForDue();
         });
     }
 
-    void runDue()
+    void askForDue()
     {
-        const auto now = Clock::now();
-        std::multimap<Clock::time_point, Work> ready;
-        while (!_due.empty() && _due.begin()->first <= now)
-            ready.insert(ready.end(), _due.extract(_due.begin()));
-        for (auto& [due, work] : ready)
-            asio::post(_context, [this, work = std::move(work)] { run(work); });
-        if (!_due.empty())
-            arm();
+        _armed.reset();
+        const std::lock_guard lock(_mutex);
+        const auto later = _waiting.upper_bound(Clock::now());
+        for (auto due = _waiting.begin(); due != later; ++due)
+            postRunFirst();
+        if (later != _waiting.end())
+            arm(later->first);
     }
 
     std::unique_ptr<asio::io_context> _own;
     asio::io_context& _context;
     asio::steady_timer _timer;
-    std::multimap<Clock::time_point, Work> _due;
+    std::optional<Clock::time_point> _armed; ///< when the timer ends, while it runs
+    std::mutex _mutex; ///< guards `_waiting`: `async` comes from any thread
+    Waiting _waiting;
     std::atomic<std::thread::id> _thread = std::this_thread::get_id();
 };
 
