@@ -99,7 +99,7 @@ private:
     void connect()
     {
         say(fmt::format("Before they can talk, the application asks \"{}\" for a connection.", _aid->name()));
-        hear().state = [this](AccessoryState state) {
+        hear().state = [](AccessoryState state) {
             if (state == AccessoryState::connected)
                 say("The library reports: connected.");
         };
