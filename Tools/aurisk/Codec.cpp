@@ -32,7 +32,7 @@ Json parse(std::string_view line)
     } catch (const Json::parse_error& fault) {
         throw Unusable(fmt::format("no JSON from byte {} on", fault.byte));
     } catch (const Json::out_of_range&) {
-        throw Unusable("a number that no JSON number here can hold");
+        throw Unusable("a number that is too large to be held");
     }
 }
 

@@ -93,11 +93,6 @@ template <typename T> struct OptionalTraits<std::optional<T>> : std::true_type {
 };
 
 template <typename T>
-concept Labelled = requires
-{
-    T::labels.name;
-};
-template <typename T>
 concept HasCases = requires
 {
     typename T::Case;
@@ -115,7 +110,7 @@ template <TabledEnum E> E readCaseName(const Json& value, const Place& place)
 
 /// The values of one case. A line that cannot be used is just that, whatever else it breaks: so a precondition that one
 /// value breaks waits until the others have been read.
-template <Labelled Case> Case readValues(const Json& value, const Place& place)
+template <LabelledCase Case> Case readValues(const Json& value, const Place& place)
 {
     const Members members(value, &place);
     Case one;
@@ -132,12 +127,13 @@ template <Labelled Case> Case readValues(const Json& value, const Place& place)
     return one;
 }
 
-template <typename... Cases>
-std::variant<Cases...> readCase(const Json& value, const Place& place, std::type_identity<std::variant<Cases...>>)
+/// One of the cases of `T`.
+template <typename T, typename... Cases>
+T readCase(const Json& value, const Place& place, std::type_identity<std::variant<Cases...>>)
 {
     const auto member = onlyMember(value, place);
     const Place inside{ member.name, &place };
-    std::optional<std::variant<Cases...>> found;
+    std::optional<T> found;
     const auto take = [&]<typename Case>(std::type_identity<Case>) {
         if (Case::labels.name == member.name)
             found = readValues<Case>(member.value, inside);
@@ -155,7 +151,7 @@ template <typename T> T read(const Json& value, const Place& place)
     else if constexpr (TabledEnum<T>)
         return readCaseName<T>(value, place);
     else if constexpr (HasCases<T>)
-        return T(readCase(value, place, std::type_identity<typename T::Case>()));
+        return readCase<T>(value, place, std::type_identity<typename T::Case>());
     else {
         static_assert(std::integral<T> && sizeof(T) <= sizeof(std::int32_t), "a type that is read by a function below");
         using Limits = std::numeric_limits<T>;
@@ -200,7 +196,7 @@ template <typename T> Answer toJson(const T& value)
         return ask_hexadecimal(value);
     else if constexpr (HasCases<T>)
         return std::visit([](const auto& one) { return toJson(one); }, value.value());
-    else if constexpr (Labelled<T>)
+    else if constexpr (LabelledCase<T>)
         return Answer::object({ { T::labels.name, toObject(T::labels, value) } });
     else if constexpr (!std::same_as<decltype(fieldsOf<T>), const std::nullptr_t>)
         return toObject(fieldsOf<T>, value);

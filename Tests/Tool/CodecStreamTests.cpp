@@ -1,0 +1,190 @@
+#include "Tools/aurisk/Codec.h"
+
+#include <gmock/gmock.h>
+
+#include <array>
+#include <cstdio>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <thread>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+namespace aurisk::tests {
+namespace {
+
+/// A file that goes when it is closed.
+class ScratchFile {
+public:
+    int descriptor() const { return ::fileno(_file.get()); }
+
+    void rewind() const { ::lseek(descriptor(), 0, SEEK_SET); }
+
+    void write(std::string_view text) const
+    {
+        while (!text.empty())
+            text.remove_prefix(static_cast<std::size_t>(::write(descriptor(), text.data(), text.size())));
+    }
+
+    std::string all() const
+    {
+        rewind();
+        std::string text;
+        std::array<char, 4096> chunk;
+        for (ssize_t count; (count = ::read(descriptor(), chunk.data(), chunk.size())) > 0;)
+            text.append(chunk.data(), static_cast<std::size_t>(count));
+        return text;
+    }
+
+private:
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> _file{ std::tmpfile(), &std::fclose };
+};
+
+/// Everything that is answered to an input that is there at once.
+std::string answersTo(std::string_view input)
+{
+    ScratchFile in, out;
+    in.write(input);
+    in.rewind();
+    EXPECT_EQ(codec::runCodec(in.descriptor(), out.descriptor()), 0);
+    return out.all();
+}
+
+constexpr std::string_view question = R"({"op":"hex.toBytes","text":"a"})";
+constexpr std::string_view reply = R"({"ok":"0a"})";
+
+TEST(CodecStream, AnswersEveryLineInItsPlace)
+{
+    EXPECT_EQ(answersTo(""), "");
+    EXPECT_EQ(answersTo("\n \n\r\n"), "");
+    const std::string line(question), answer(reply);
+    EXPECT_EQ(answersTo(line + "\n"), answer + "\n");
+    EXPECT_EQ(answersTo(line), answer + "\n"); // the last line need not end
+    EXPECT_EQ(answersTo("\r\n" + line + "\r\n\n" + R"({"id":2,"op":"hex.toBytes","text":"b"})"),
+        answer + "\n" + R"({"id":2,"ok":"0b"})" + "\n");
+    EXPECT_THAT(answersTo("{\n" + line + "\n"), testing::EndsWith("\"}\n" + answer + "\n"));
+}
+
+TEST(CodecStream, AnswersManyLines)
+{
+    constexpr int count = 20'000;
+    std::ostringstream input, expected;
+    for (int i = 0; i < count; ++i) {
+        input << R"({"id":)" << i << R"(,"op":"request.encode","request":{"readVolume":{"program":0}}})" << '\n';
+        expected << R"({"id":)" << i << R"(,"ok":"fe68110201048016"})" << '\n';
+    }
+    EXPECT_TRUE(answersTo(input.str()) == expected.str());
+}
+
+TEST(CodecStream, AnswersALineOfAnyLength)
+{
+    const std::string digits(1'000'000, 'a');
+    EXPECT_TRUE(answersTo(R"({"op":"hex.fromBytes","bytes":")" + digits + "\"}\n" + std::string(question))
+        == R"({"ok":")" + digits + "\"}\n" + std::string(reply) + "\n");
+}
+
+/// Two ends: what is written to one is read from the other.
+struct Pipe {
+    Pipe() { EXPECT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0); }
+    ~Pipe()
+    {
+        closeReader();
+        closeWriter();
+    }
+    int reader() const { return ends[0]; }
+    int writer() const { return ends[1]; }
+    void closeReader() { close(ends[0]); }
+    void closeWriter() { close(ends[1]); }
+
+    void write(std::string_view text) const
+    {
+        EXPECT_EQ(::write(writer(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    }
+
+    /// The next line, or what there is of it when nothing comes any more.
+    std::string line() const
+    {
+        std::string text;
+        pollfd ready{ reader(), POLLIN, 0 };
+        for (char next; ::poll(&ready, 1, 5000) > 0 && ::read(reader(), &next, 1) == 1 && next != '\n';)
+            text += next;
+        return text;
+    }
+
+    std::array<int, 2> ends{ -1, -1 };
+
+private:
+    static void close(int& end)
+    {
+        if (end >= 0)
+            ::close(std::exchange(end, -1));
+    }
+};
+
+TEST(CodecStream, AnswersWhileItsInputPauses)
+{
+    Pipe in, out;
+    int status = -1;
+    std::thread codec([&] { status = codec::runCodec(in.reader(), out.writer()); });
+    for (int i = 0; i < 3; ++i) {
+        in.write(question);
+        in.write("\n");
+        EXPECT_EQ(out.line(), reply);
+    }
+    // A line may come in pieces, and two may come together.
+    in.write(question.substr(0, 7));
+    in.write(std::string(question.substr(7)) + "\n" + std::string(question) + "\n{");
+    EXPECT_EQ(out.line(), reply);
+    EXPECT_EQ(out.line(), reply);
+    in.closeWriter();
+    EXPECT_THAT(out.line(), testing::StartsWith(R"({"error":)"));
+    codec.join();
+    EXPECT_EQ(status, 0);
+}
+
+TEST(CodecStream, WaitsForDescriptorsThatDoNotBlock)
+{
+    constexpr int count = 3'000; // more than a pipe holds
+    Pipe in, out;
+    ASSERT_EQ(::fcntl(in.reader(), F_SETFL, O_NONBLOCK), 0);
+    ASSERT_EQ(::fcntl(out.writer(), F_SETFL, O_NONBLOCK), 0);
+    std::thread codec([&] { codec::runCodec(in.reader(), out.writer()); });
+    std::thread asking([&] {
+        for (int i = 0; i < count; ++i)
+            in.write(R"({"id":")" + std::string(100, 'x') + R"("})" + '\n');
+        in.closeWriter();
+    });
+    int answered = 0;
+    while (answered < count && !out.line().empty())
+        ++answered;
+    EXPECT_EQ(answered, count);
+    asking.join();
+    codec.join();
+}
+
+TEST(CodecStream, EndsQuietlyWhenNobodyReadsItsAnswers)
+{
+    ScratchFile in;
+    in.write(std::string(question) + "\n");
+    in.rewind();
+    Pipe out;
+    out.closeReader();
+    EXPECT_EQ(codec::runCodec(in.descriptor(), out.writer()), 0);
+}
+
+TEST(CodecStream, SaysWhenItsInputCannotBeRead)
+{
+    const int folder = ::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ScratchFile out;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(codec::runCodec(folder, out.descriptor()), 1);
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("directory"));
+    EXPECT_EQ(out.all(), "");
+    ::close(folder);
+}
+
+} // namespace
+} // namespace aurisk::tests
