@@ -25,8 +25,8 @@ std::optional<AidFrame> AidFrame::parse(DataView written)
 
 Data AidFrame::notified() const
 {
-    Data value = { 0x00, head, begin, command, std::uint8_t(body.size()) };
-    value.insert(value.end(), body.begin(), body.end());
+    Data value = body;
+    value.insert(value.begin(), { 0x00, head, begin, command, std::uint8_t(body.size()) });
     value.push_back(sum(DataView(value).subspan(2)));
     value.push_back(tail);
     return value;

@@ -286,8 +286,8 @@ bool SimulatedAuriskAid::perform(const WearerAction& action)
 
 void SimulatedAuriskAid::notifyProgramAndVolumes() const
 {
-    AidFrame frame{ wearerActed, { std::uint8_t(_state.program + 1) } };
-    frame.body.insert(frame.body.end(), _state.volumes.begin(), _state.volumes.end());
+    AidFrame frame{ wearerActed, Data(_state.volumes.begin(), _state.volumes.end()) };
+    frame.body.insert(frame.body.begin(), std::uint8_t(_state.program + 1));
     send(replies, frame.notified());
 }
 
