@@ -27,6 +27,7 @@ install(FILES ${PROJECT_BINARY_DIR}/AuriskSDKConfig.cmake ${PROJECT_BINARY_DIR}/
 
 set(pkgconfig ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH AURISK_PREFIX_FROM_PC /prefix/${pkgconfig} /prefix)
+string(REGEX REPLACE "/$" "" AURISK_PREFIX_FROM_PC "${AURISK_PREFIX_FROM_PC}")
 configure_file(cmake/aurisk-sdk.pc.in ${PROJECT_BINARY_DIR}/aurisk-sdk.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/aurisk-sdk.pc DESTINATION ${pkgconfig})
 
