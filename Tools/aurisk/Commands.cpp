@@ -1,0 +1,144 @@
+#include "Tools/aurisk/Commands.h"
+
+#include "Tools/aurisk/DeviceFields.h"
+#include "Tools/aurisk/Values.h"
+
+#include <fmt/format.h>
+
+namespace aurisk::tool {
+
+namespace {
+
+using Request = AuriskRequest;
+using Response = AuriskResponse;
+
+void tell(Session& session, const Fields& fields)
+{
+    session.line(fields);
+    session.finish();
+}
+
+void playProgram(Session& session)
+{
+    if (!session.options().set)
+        return session.read<Response::didReadProgram>(Request::readProgramVolume{},
+            [](Session& self, const auto& read) { tell(self, { programField(read.program) }); });
+    const int program = *session.options().value;
+    session.request(Request::controlProgram{ .program = program },
+        [program](Session& self, const auto&) { tell(self, { programField(program) }); });
+}
+
+void setVolume(Session& session, int program)
+{
+    const int volume = *session.options().value;
+    session.request(Request::controlVolume{ .volume = volume, .program = program }, [=](Session& self, const auto&) {
+        tell(self, { volumeField(volume), programField(program) });
+    });
+}
+
+void playVolume(Session& session)
+{
+    const auto& options = session.options();
+    if (options.set && options.program)
+        return setVolume(session, *options.program);
+    const auto question = options.program ? Request(Request::readVolume{ .program = *options.program })
+                                          : Request(Request::readProgramVolume{});
+    session.read<Response::didReadProgram>(question, [](Session& self, const auto& read) {
+        if (!self.options().set)
+            return tell(self, { volumeField(read.volume), programField(read.program) });
+        if (read.program < programs.low || read.program > programs.high)
+            return self.fail(fmt::format("{} says that its program is {}, which cannot be", self.name(), read.program));
+        setVolume(self, read.program);
+    });
+}
+
+void playMute(Session& session)
+{
+    const bool mute = *session.options().on;
+    session.request(Request::controlMute{ .mute = mute },
+        [mute](Session& self, const auto&) { tell(self, { switchField("mute", "mute", mute) }); });
+}
+
+Fields levelFields(int level)
+{
+    return { { .key = "transLevel", .value = level, .label = "transparency", .text = std::to_string(level) } };
+}
+
+void playTransparency(Session& session)
+{
+    if (!session.options().set)
+        return session.read<Response::didReadTransparency>(Request::getTransparencyLevel{},
+            [](Session& self, const auto& read) { tell(self, levelFields(read.level)); });
+    const int level = *session.options().value;
+    session.request(Request::setTransparency{ .level = level },
+        [level](Session& self, const auto&) { tell(self, levelFields(level)); });
+}
+
+void playBrEdr(Session& session)
+{
+    const auto& options = session.options();
+    if (!options.on)
+        return session.read<Response::didReadBrEdr>(Request::readBrEdr{},
+            [](Session& self, const auto& read) { tell(self, brEdrFields(read.enable, read.continuousIfEnable)); });
+    session.request(Request::setBrEdr{ .enable = *options.on, .continuousIfEnable = options.continuous },
+        [](Session& self, const auto&) { tell(self, brEdrFields(*self.options().on, self.options().continuous)); });
+}
+
+void playBattery(Session& session)
+{
+    session.readBattery([](Session& self, int bat) { tell(self, { batteryField(bat) }); });
+}
+
+void playFind(Session& session)
+{
+    session.request(
+        Request::beginFind{},
+        [](Session& self, const auto&) {
+            const auto span = *self.options().duration;
+            self.line({ { .key = "finding", .value = true },
+                { .key = "seconds",
+                    .value = span.count(),
+                    .text = fmt::format("is audible for {:g} s", span.count()) } });
+            self.pause(span, [](Session& again) { again.finish(); });
+        },
+        Request::endFind{});
+}
+
+void playOrientation(Session& session)
+{
+    const auto fields = [](AccessoryOrientation orientation) -> Fields {
+        const auto name = std::string(caseName(orientation));
+        return { { .key = "orientation", .value = name, .label = "ear", .text = name } };
+    };
+    if (!session.options().set)
+        return session.read<Response::didReadOrientation>(Request::readOrientation{},
+            [fields](Session& self, const auto& read) { tell(self, fields(read.orientation)); });
+    const auto orientation = *session.options().orientation;
+    session.request(Request::writeOrientation{ .orientation = orientation },
+        [=](Session& self, const auto&) { tell(self, fields(orientation)); });
+}
+
+} // namespace
+
+Play playOf(Command command)
+{
+    switch (command) {
+    case Command::info: return playInfo;
+    case Command::program: return playProgram;
+    case Command::volume: return playVolume;
+    case Command::mute: return playMute;
+    case Command::transparency: return playTransparency;
+    case Command::bredr: return playBrEdr;
+    case Command::battery: return playBattery;
+    case Command::find: return playFind;
+    case Command::tone: return playTone;
+    case Command::orientation: return playOrientation;
+    case Command::monitor: return playMonitor;
+    case Command::raw: return playRaw;
+    case Command::scan:
+    case Command::codec: break;
+    }
+    return nullptr;
+}
+
+} // namespace aurisk::tool

@@ -1,0 +1,63 @@
+#include "Tools/aurisk/Descriptors.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <string_view>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace aurisk::tool {
+
+namespace {
+
+/// The error number; 0 where all of it was written.
+int write(int descriptor, std::string_view text)
+{
+    while (!text.empty()) {
+        const auto count = ::write(descriptor, text.data(), text.size());
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return errno;
+        text.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return 0;
+}
+
+} // namespace
+
+Descriptors::Descriptors()
+    : _output(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1))
+{
+    if (::dup2(STDERR_FILENO, STDOUT_FILENO) >= 0)
+        return;
+    const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC); // there is no standard error
+    ::dup2(nowhere, STDOUT_FILENO);
+    ::close(nowhere);
+}
+
+Descriptors::~Descriptors() { ::close(_output); }
+
+bool Descriptors::isColourful() const
+{
+    const char* const noColour = std::getenv("NO_COLOR");
+    return ::isatty(_output) == 1 && (!noColour || *noColour == '\0');
+}
+
+void Descriptors::out(const std::string& line)
+{
+    if (_isLost)
+        return;
+    const int error = write(_output, line + '\n');
+    if (error == 0)
+        return;
+    _isLost = true;
+    _error = error == EPIPE ? 0 : error;
+    if (onLost)
+        onLost();
+}
+
+void Descriptors::err(const std::string& line) { write(STDERR_FILENO, line + '\n'); }
+
+} // namespace aurisk::tool

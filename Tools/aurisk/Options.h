@@ -1,0 +1,106 @@
+#pragma once
+
+#include "AuriskSDK/HearingAid/AccessoryOrientation.h"
+#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskRawData.h"
+#include "AuriskSDK/Platform/Dispatch.h"
+#include "AuriskSDK/Shared/Utils/EnumTable.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace aurisk::tool {
+
+/// How a run ends. Of several devices the largest counts.
+enum class ExitCode : int {
+    done = 0,
+    failed = 1, ///< the device refused, or did not answer in time
+    usage = 2, ///< wrong arguments, or a file that cannot be used
+    bluetoothUnavailable = 3,
+    notFound = 4,
+    interrupted = 130, ///< by a signal, before the command was done
+};
+
+/// Why a run, or one device's part of it, ends without being done.
+struct Failure {
+    ExitCode code = ExitCode::failed;
+    std::string sentence = {}; ///< for a person, without a full stop
+    std::string name = {}; ///< of the device that it is about; empty where it is about none
+    std::optional<std::vector<std::string>> seen = {}; ///< the names that were heard, where that is the matter
+};
+
+enum class Command {
+    scan,
+    info,
+    program,
+    volume,
+    mute,
+    transparency,
+    bredr,
+    battery,
+    find,
+    tone,
+    orientation,
+    monitor,
+    raw,
+    codec
+};
+
+enum class Backend { sim, bluez };
+
+/// What the arguments ask for. Every value is within its range.
+struct Options {
+    Backend backend = Backend::sim;
+    std::string world = {}; ///< the path of the simulator's world; empty: the default world, which nobody saves
+    bool newWorld = false;
+    bool json = false;
+    bool log = false;
+    bool both = false;
+    Seconds timeout{ 5 }; ///< of each wait for the radio or a device
+
+    Command command = Command::scan;
+    std::string device = {}; ///< as typed; empty where none is named
+    bool set = false; ///< write what `value` or `orientation` holds; else read it
+    bool stop = false; ///< end a tone instead of playing one
+    std::optional<int> value = {}; ///< a program, volume, transparency level, or a tone's frequency in Hz
+    std::optional<bool> on = {};
+    std::optional<AccessoryOrientation> orientation = {};
+    std::optional<AuriskRawData> frame = {};
+    std::optional<int> program = {}; ///< whose volume it is about; none: the current one
+    bool continuous = false;
+    bool updates = false;
+    std::optional<Seconds> duration = {}; ///< how long to scan, monitor, find or play
+    std::optional<int> dB = {};
+    std::optional<int> amp = {};
+    int timestamp = 0;
+};
+
+} // namespace aurisk::tool
+
+namespace aurisk {
+
+template <>
+inline constexpr auto enumCases<tool::Command> = std::to_array<EnumCase<tool::Command>>({
+    { tool::Command::scan, "scan", "List the hearing aids in range" },
+    { tool::Command::info, "info", "Tell everything that a hearing aid says of itself" },
+    { tool::Command::program, "program", "Read or change the program" },
+    { tool::Command::volume, "volume", "Read or change the volume of a program" },
+    { tool::Command::mute, "mute", "Mute or unmute" },
+    { tool::Command::transparency, "transparency", "Read or change the transparency level" },
+    { tool::Command::bredr, "bredr", "Read or switch classic Bluetooth (BR/EDR)" },
+    { tool::Command::battery, "battery", "Read the battery level" },
+    { tool::Command::find, "find", "Make a hearing aid audible, to find it" },
+    { tool::Command::tone, "tone", "Play a tone of the hearing test" },
+    { tool::Command::orientation, "orientation", "Read or write which ear a hearing aid is for" },
+    { tool::Command::monitor, "monitor", "Show what wearers do, as it happens" },
+    { tool::Command::raw, "raw", "Send a frame and explain the reply" },
+    { tool::Command::codec, "codec", "Turn bytes into values and back, one JSON object a line" },
+});
+
+template <>
+inline constexpr auto enumCases<tool::Backend> = std::to_array<EnumCase<tool::Backend>>({
+    { tool::Backend::sim, "sim" },
+    { tool::Backend::bluez, "bluez" },
+});
+
+} // namespace aurisk

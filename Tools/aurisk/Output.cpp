@@ -1,0 +1,102 @@
+#include "Tools/aurisk/Output.h"
+
+#include "Tools/aurisk/Values.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cctype>
+
+namespace aurisk::tool {
+
+namespace {
+
+std::string written(const Json& object) { return object.dump(-1, ' ', false, Json::error_handler_t::replace); }
+
+std::string upperCase(std::string text)
+{
+    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return char(std::toupper(c)); });
+    return text;
+}
+
+std::string withoutTrailingBlanks(std::string text)
+{
+    text.erase(text.find_last_not_of(' ') + 1);
+    return text;
+}
+
+} // namespace
+
+void Output::object(const Fields& fields)
+{
+    auto object = Json::object();
+    for (const auto& field : fields)
+        if (!field.key.empty())
+            object[field.key] = field.value;
+    _sink.out(written(object));
+}
+
+std::string Output::bold(const std::string& text) const
+{
+    return _style.colour && !text.empty() ? "\033[1m" + text + "\033[0m" : text;
+}
+
+void Output::line(const std::string& heading, const Fields& fields)
+{
+    if (_style.json)
+        return object(fields);
+    std::string words;
+    for (const auto& field : fields)
+        if (!field.text.empty())
+            words
+                += (words.empty() ? "" : ", ") + field.label + (field.label.empty() ? "" : " ") + printable(field.text);
+    _sink.out(bold(printable(heading)) + "  " + words);
+}
+
+void Output::block(const std::string& heading, const Fields& fields)
+{
+    if (_style.json)
+        return object(fields);
+    std::size_t width = 0;
+    for (const auto& field : fields)
+        width = std::max(width, field.text.empty() ? 0 : field.label.size());
+    _sink.out(bold(printable(heading)));
+    for (const auto& field : fields)
+        if (!field.text.empty())
+            _sink.out(fmt::format("  {:{}}  {}", field.label, width, printable(field.text)));
+}
+
+void Output::row(const Fields& fields, const std::vector<Column>& columns)
+{
+    if (_style.json)
+        return object(fields);
+    std::string head, words;
+    for (const auto& [key, width] : columns) {
+        const auto wanted = key;
+        const auto found
+            = std::find_if(fields.begin(), fields.end(), [&](const Field& field) { return field.key == wanted; });
+        const auto field = found == fields.end() ? Field{} : *found;
+        head += fmt::format("{:{}}  ", upperCase(field.label), width);
+        words += fmt::format("{:{}}  ", printable(field.text), width);
+    }
+    if (!std::exchange(_hasHead, true))
+        _sink.out(bold(withoutTrailingBlanks(head)));
+    _sink.out(withoutTrailingBlanks(words));
+}
+
+void Output::failure(const Failure& failure)
+{
+    note(failure.sentence);
+    if (!_style.json)
+        return;
+    Json object = { { "error", failure.sentence } };
+    if (!failure.name.empty())
+        object["name"] = failure.name;
+    if (failure.seen)
+        object["seen"] = *failure.seen;
+    _sink.out(written(object));
+}
+
+void Output::note(const std::string& sentence) { _sink.err("aurisk: " + printable(sentence)); }
+
+} // namespace aurisk::tool

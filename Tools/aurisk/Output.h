@@ -1,0 +1,78 @@
+#pragma once
+
+#include "Tools/aurisk/Options.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace aurisk::tool {
+
+using Json = nlohmann::ordered_json;
+
+/// Where lines go. They come without line feeds.
+class Sink {
+public:
+    virtual ~Sink() = default;
+    virtual void out(const std::string& line) = 0;
+    virtual void err(const std::string& line) = 0;
+};
+
+/// One value that a command tells: a member of a JSON object, and words for a person.
+struct Field {
+    std::string key = {}; ///< in JSON; empty: for people alone
+    Json value = {};
+    std::string label = {}; ///< "volume"; empty where the text says it all
+    std::string text = {}; ///< "3"; without it the field is for JSON alone
+};
+
+/// What a command tells of one device.
+using Fields = std::vector<Field>;
+
+/// Where a table shows the field of that key, and how wide.
+struct Column {
+    std::string_view key = {};
+    int width = 0;
+};
+
+struct Style {
+    bool json = false;
+    bool colour = false; ///< of what goes to `Sink::out`
+};
+
+/// Writes what commands tell: as one JSON object a line, or for people, from the same description.
+class Output {
+public:
+    Output(Sink& sink, Style style)
+        : _sink(sink)
+        , _style(style)
+    {
+    }
+
+    /// `X1-L  volume 3, program 0`
+    void line(const std::string& heading, const Fields& fields);
+
+    /// The heading, then a line for each field.
+    void block(const std::string& heading, const Fields& fields);
+
+    /// A row of a table; the labels of its first row make the head.
+    void row(const Fields& fields, const std::vector<Column>& columns);
+
+    /// The sentence on standard error and, in JSON, as an object with the member `error`, too.
+    void failure(const Failure& failure);
+
+    /// A sentence on standard error that changes nothing.
+    void note(const std::string& sentence);
+
+private:
+    void object(const Fields& fields);
+    std::string bold(const std::string& text) const;
+
+    Sink& _sink;
+    Style _style;
+    bool _hasHead = false;
+};
+
+} // namespace aurisk::tool

@@ -1,0 +1,67 @@
+#include "Tools/aurisk/Purpose.h"
+
+#include "AuriskSDK/Shared/Utils/HexToData.h"
+
+#include <fmt/format.h>
+
+namespace aurisk::tool {
+
+namespace {
+
+using R = AuriskRequest;
+
+std::string brEdr(const R::setBrEdr& r)
+{
+    if (!r.enable)
+        return "switch BR/EDR off";
+    return r.continuousIfEnable ? "switch BR/EDR on continuously" : "switch BR/EDR on";
+}
+
+} // namespace
+
+std::string purpose(const AuriskRequest& request)
+{
+    return std::visit(
+        overloaded{
+            [](const R::readVolume& r) { return fmt::format("tell the volume of program {}", r.program); },
+            [](const R::readProgramVolume&) -> std::string { return "tell its program and volume"; },
+            [](const R::readOrientation&) -> std::string { return "tell its orientation"; },
+            [](const R::writeOrientation& r) {
+                return fmt::format("write its orientation: {}", caseName(r.orientation));
+            },
+            [](const R::controlVolume& r) {
+                return fmt::format("set the volume of program {} to {}", r.program, r.volume);
+            },
+            [](const R::controlProgram& r) { return fmt::format("switch to program {}", r.program); },
+            [](const R::controlMute& r) -> std::string { return r.mute ? "mute" : "unmute"; },
+            [](const R::getTransparencyLevel&) -> std::string { return "tell its transparency level"; },
+            [](const R::setTransparency& r) { return fmt::format("set the transparency level to {}", r.level); },
+            [](const R::readBrEdr&) -> std::string { return "tell whether BR/EDR is on"; },
+            [](const R::setBrEdr& r) { return brEdr(r); },
+            [](const R::beginFind&) -> std::string { return "make itself audible"; },
+            [](const R::endFind&) -> std::string { return "be silent again"; },
+            [](const R::hearingSupported&) -> std::string { return "tell whether it has the hearing test"; },
+            [](const R::enterHearingMode& r) -> std::string {
+                return r.enter ? "enter the hearing test" : "leave the hearing test";
+            },
+            [](const R::playSine& r) { return fmt::format("play {} Hz at {} dB", r.freq, r.dB); },
+            [](const R::playSineAmplitude& r) {
+                return fmt::format("play {} Hz with an amplitude of {}", r.freq, r.amp);
+            },
+            [](const R::stopPlaySine&) -> std::string { return "stop the tone"; },
+            [](const R::writeProtocolData& r) {
+                return fmt::format("answer the frame {}", ask_hexadecimal(r.data.toData()));
+            },
+            [](const auto& r) { return description(r); },
+        },
+        request.value());
+}
+
+std::string advice(const AuriskRequest& request)
+{
+    const bool isAboutProgram
+        = request.as<R::controlProgram>() || request.as<R::controlVolume>() || request.as<R::readVolume>();
+    return isAboutProgram ? " (aurisk info tells which programs it has)" : "";
+}
+
+} // namespace aurisk::tool

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskRequest.h"
+
+#include <string>
+
+namespace aurisk::tool {
+
+/// What a device is asked to do, as it follows "asked to" or "refused to".
+std::string purpose(const AuriskRequest& request);
+
+/// What the user can do after a refusal, in brackets; empty where there is nothing to say.
+std::string advice(const AuriskRequest& request);
+
+} // namespace aurisk::tool

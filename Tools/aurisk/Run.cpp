@@ -1,0 +1,155 @@
+#include "Tools/aurisk/Run.h"
+
+#include "Tools/aurisk/Commands.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace aurisk::tool {
+
+namespace {
+
+/// None while the radio may yet become ready.
+std::optional<std::string> whyUnavailable(CBManagerState state)
+{
+    switch (state) {
+    case CBManagerState::poweredOff: return "Bluetooth is switched off";
+    case CBManagerState::unsupported: return "there is no Bluetooth radio";
+    case CBManagerState::unauthorized: return "Bluetooth may not be used from here";
+    case CBManagerState::unknown:
+    case CBManagerState::resetting:
+    case CBManagerState::poweredOn: break;
+    }
+    return std::nullopt;
+}
+
+/// A command that lasts until it is interrupted is done then.
+ExitCode codeOfInterruption(Command command)
+{
+    return command == Command::scan || command == Command::monitor ? ExitCode::done : ExitCode::interrupted;
+}
+
+} // namespace
+
+std::shared_ptr<Run> Run::start(const Options& options, std::shared_ptr<BluetoothPlatform> platform, Output& output,
+    std::function<void(ExitCode)> ended)
+{
+    auto run = std::make_shared<Run>(Key{}, options, output, std::move(ended));
+    run->_manager = AccessoryManager::create(std::move(platform));
+    run->_manager->setStatusDelegate(run);
+    const auto tooLate = [weak = std::weak_ptr(run)] {
+        if (const auto self = weak.lock())
+            self->fail({ .code = ExitCode::bluetoothUnavailable,
+                .sentence
+                = fmt::format("Bluetooth did not become ready within {:g} s", self->_options.timeout.count()) });
+    };
+    run->_radioLimit = DispatchTimer::scheduledTimer(DispatchQueue::main(), options.timeout, tooLate);
+    return run;
+}
+
+Run::Run(Key, const Options& options, Output& output, std::function<void(ExitCode)> ended)
+    : _options(options)
+    , _output(output)
+    , _ended(std::move(ended))
+    , _began(DispatchQueue::main().now())
+{
+}
+
+void Run::accessoryManagerIsAvailable(const std::shared_ptr<AccessoryManager>&, bool isAvailable)
+{
+    if (!_ended)
+        return;
+    if (isAvailable) {
+        if (const auto waiting = std::exchange(_radioLimit, nullptr)) {
+            waiting->invalidate();
+            begin();
+        }
+        return;
+    }
+    const auto why = whyUnavailable(_manager->blueState());
+    if (why && _sessions.empty()) // sessions hear of it by themselves
+        fail({ .code = ExitCode::bluetoothUnavailable, .sentence = *why });
+}
+
+void Run::begin()
+{
+    const auto weak = weak_from_this();
+    if (_options.command == Command::scan) {
+        _scan = Scan::start(_manager, _options, _output, [weak] {
+            if (const auto self = weak.lock())
+                self->finish(ExitCode::done);
+        });
+        return;
+    }
+    _finder = DeviceFinder::start(_manager, _options, [weak](const DeviceFinder::Result& result) {
+        const auto self = weak.lock();
+        if (!self)
+            return;
+        if (const auto* failure = std::get_if<Failure>(&result))
+            self->fail(*failure);
+        else
+            self->open(std::get<0>(result));
+    });
+}
+
+void Run::open(const std::vector<std::shared_ptr<Accessory>>& devices)
+{
+    for (const auto& device : devices) {
+        const auto aurisk = std::dynamic_pointer_cast<AuriskAccessory>(device);
+        if (!aurisk)
+            return fail({ .sentence
+                = fmt::format("{} is a {}, to which this tool cannot speak", device->name(), device->className()),
+                .name = device->name() });
+        _sessions.push_back(
+            Session::create(aurisk, _options, _output, _began, [weak = weak_from_this()](ExitCode code) {
+                if (const auto self = weak.lock())
+                    self->sessionEnded(code);
+            }));
+    }
+    _open = _sessions.size();
+    for (const auto& session : _sessions)
+        session->open(playOf(_options.command));
+}
+
+void Run::sessionEnded(ExitCode code)
+{
+    _worst = std::max(_worst, code);
+    if (--_open == 0)
+        finish(_worst);
+}
+
+void Run::interrupt()
+{
+    if (!_ended)
+        return;
+    const auto code = codeOfInterruption(_options.command);
+    for (const auto& session : _sessions)
+        session->interrupt(code);
+    if (_sessions.empty())
+        finish(code);
+}
+
+void Run::fail(const Failure& failure)
+{
+    if (!_ended)
+        return;
+    _output.failure(failure);
+    finish(failure.code);
+}
+
+void Run::finish(ExitCode code)
+{
+    const auto ended = std::exchange(_ended, nullptr);
+    if (!ended)
+        return;
+    if (_radioLimit)
+        _radioLimit->invalidate();
+    if (_scan)
+        _scan->stop();
+    if (_finder)
+        _finder->stop();
+    DispatchQueue::main().async([ended, code] { ended(code); });
+}
+
+} // namespace aurisk::tool

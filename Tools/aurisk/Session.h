@@ -1,0 +1,138 @@
+#pragma once
+
+#include "AuriskSDK/HearingAid/Aurisk/AuriskAccessory.h"
+#include "Tools/aurisk/Options.h"
+#include "Tools/aurisk/Output.h"
+#include "Tools/aurisk/PeripheralTap.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace aurisk::tool {
+
+/// One device's part of a run: connects, lets a command ask and tell, and disconnects whatever comes. Each wait has a
+/// limit. What a command is to do next it gives as a closure, which gets the session handed in and so need not hold it;
+/// a failure ends the session instead, with a sentence. Used on the main queue.
+class Session final : public AuriskAccessoryDelegate, public std::enable_shared_from_this<Session> {
+    struct Key {
+        explicit Key() = default;
+    };
+
+public:
+    using Then = std::function<void(Session&)>;
+    template <typename Value> using ThenWith = std::function<void(Session&, const Value&)>;
+
+    /// What a command wants to hear of while it waits.
+    struct Events {
+        std::function<void(Session&, int previous, int current)> program = {};
+        std::function<void(Session&, int previous, int current)> volume = {};
+        ThenWith<int> battery = {};
+        Then disconnected = {};
+    };
+
+    /// `began` is when the run did. `ended` is called once, when the device is disconnected.
+    static std::shared_ptr<Session> create(std::shared_ptr<AuriskAccessory> device, const Options& options,
+        Output& output, Seconds began, std::function<void(ExitCode)> ended);
+    Session(Key, std::shared_ptr<AuriskAccessory> device, const Options& options, Output& output, Seconds began,
+        std::function<void(ExitCode)> ended);
+
+    /// Connects and discovers the services.
+    void open(Then then);
+
+    const Options& options() const { return _options; }
+    const AuriskAccessory& device() const { return *_device; }
+    std::string name() const { return _device->name(); }
+    Seconds sinceBegin() const { return DispatchQueue::main().now() - _began; }
+
+    /// Asks, and goes on once the device has done so. `undo` will be asked before the end, whatever comes in between,
+    /// unless the device refuses `request`.
+    void request(
+        const AuriskRequest& request, ThenWith<AuriskResponse> then, std::optional<AuriskRequest> undo = std::nullopt);
+
+    /// Asks for something that the device may refuse.
+    void attempt(const AuriskRequest& request, ThenWith<AuriskResult> then);
+
+    /// Asks, and goes on with an answer of the type `Answer`; any other is a failure.
+    template <typename Answer> void read(const AuriskRequest& request, ThenWith<Answer> then)
+    {
+        this->request(request, [request, then = std::move(then)](Session& self, const AuriskResponse& response) {
+            if (const auto* answer = response.as<Answer>())
+                then(self, *answer);
+            else
+                self.failBeyondAnswer(request);
+        });
+    }
+
+    /// Reads the battery level.
+    void readBattery(ThenWith<int> then);
+
+    /// Goes on after `span`, or when the user interrupts; no span: then alone.
+    void pause(std::optional<Seconds> span, Then then);
+
+    void setEvents(Events events) { _events = std::move(events); }
+
+    /// The value of the last reply as it was notified; none before the first since the last request.
+    const std::optional<Data>& lastReply() const { return _lastReply; }
+
+    /// Tells something of this device. `prefix` stands before its name.
+    void line(const Fields& fields, const std::string& prefix = {});
+    void block(const Fields& fields);
+
+    /// Undoes, disconnects, ends.
+    void finish(ExitCode code = ExitCode::done);
+    void fail(const std::string& sentence, ExitCode code = ExitCode::failed);
+
+    /// The user wants to end: a pause is over, anything else is given up.
+    void interrupt(ExitCode code);
+
+    void deviceDidUpdateState(const std::shared_ptr<Accessory>&, AccessoryState) override { }
+    void deviceDidDiscoverServices(
+        const std::shared_ptr<Accessory>&, const std::vector<std::shared_ptr<AccessoryService>>&) override;
+    void deviceDidConnect(const std::shared_ptr<Accessory>&, const MaybeError&) override;
+    void deviceDidDisconnect(const std::shared_ptr<Accessory>&, const MaybeError& error) override;
+    void deviceDidFailToConnect(const std::shared_ptr<Accessory>&, const MaybeError& error) override;
+    void didSendRequest(const std::shared_ptr<AuriskAccessory>&, const AuriskRequest&) override { }
+    void batteryDidChanged(const std::shared_ptr<AuriskAccessory>&, int bat) override;
+    void didNotifyProgram(const std::shared_ptr<AuriskAccessory>&, int previous, int current) override;
+    void didNotifyVolume(const std::shared_ptr<AuriskAccessory>&, int previous, int current) override;
+    void didUpdateValue(const std::shared_ptr<AuriskAccessory>&, const AuriskRequest&) override { }
+
+private:
+    enum class Phase { opening, working, undoing, closing, ended };
+
+    void waitFor(std::string purpose);
+    void waitIsOver();
+    void answered(const AuriskRequest& request, const AuriskResult& result, const ThenWith<AuriskResult>& then);
+    void askForBattery();
+    void failBeyondAnswer(const AuriskRequest& request);
+    void undoNext();
+    void close();
+    void end();
+    Fields identified(const Fields& fields) const;
+    bool isRadioOff() const;
+    std::string limit() const;
+
+    std::shared_ptr<AuriskAccessory> _device;
+    Options _options;
+    Output& _output;
+    Seconds _began;
+    std::function<void(ExitCode)> _ended;
+    std::shared_ptr<PeripheralTap> _tap;
+
+    Phase _phase = Phase::opening;
+    ExitCode _code = ExitCode::done;
+    int _wait = 0; ///< counts waits: an answer to an earlier one comes too late
+    std::string _purpose; ///< what the device is asked for in this wait
+    std::shared_ptr<DispatchTimer> _timer; ///< the limit of this wait, or the end of a pause
+    Then _opened;
+    Then _pause;
+    ThenWith<int> _batteryRead;
+    Events _events;
+    std::vector<AuriskRequest> _undo;
+    std::optional<Data> _lastReply;
+};
+
+} // namespace aurisk::tool

@@ -1,0 +1,189 @@
+#include "Tools/aurisk/Words.h"
+
+#include "Tools/aurisk/Values.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace aurisk::tool {
+
+namespace {
+
+using WordList = std::vector<std::string>;
+
+std::string_view nameOf(const Options& options) { return caseName(options.command); }
+
+/// Takes the device, the only word that may be left.
+void takeDevice(Options& options, WordList& words)
+{
+    if (words.size() > 1)
+        throw UsageError(fmt::format(
+            "{}: {} is one word too many (aurisk {} --help)", nameOf(options), inQuotes(words[1]), nameOf(options)));
+    if (!words.empty())
+        options.device = words.front();
+}
+
+/// Takes the last word, before which the device may stand.
+std::string takeValue(Options& options, WordList& words, std::string_view what)
+{
+    if (words.empty())
+        throw UsageError(fmt::format("{}: {} is missing", nameOf(options), what));
+    auto value = words.back();
+    words.pop_back();
+    takeDevice(options, words);
+    return value;
+}
+
+/// Takes `word` where it comes first.
+bool takeFirst(WordList& words, std::string_view word)
+{
+    if (words.empty() || words.front() != word)
+        return false;
+    words.erase(words.begin());
+    return true;
+}
+
+void takeNothing(Options& options, WordList& words)
+{
+    if (!words.empty())
+        throw UsageError(fmt::format("{} takes no device: {}", nameOf(options), inQuotes(words.front())));
+}
+
+/// `[DEVICE]` or `set [DEVICE] V`
+void takeNumber(Options& options, WordList& words, std::string_view what, Range range)
+{
+    options.set = takeFirst(words, "set");
+    if (!options.set)
+        return takeDevice(options, words);
+    const auto missing = fmt::format("the new {}, {} to {},", what, range.low, range.high);
+    options.value = wholeNumber(what, takeValue(options, words, missing), range);
+}
+
+void takeProgram(Options& options, WordList& words) { takeNumber(options, words, "program", programs); }
+
+void takeVolume(Options& options, WordList& words) { takeNumber(options, words, "volume", volumes); }
+
+void takeLevel(Options& options, WordList& words) { takeNumber(options, words, "transparency level", levels); }
+
+void takeMute(Options& options, WordList& words)
+{
+    options.on = words.empty() ? std::nullopt : onOrOff(words.back());
+    if (!options.on)
+        throw UsageError("mute: say on or off (hearing aids do not tell whether they are muted)");
+    words.pop_back();
+    takeDevice(options, words);
+}
+
+/// The last word is the new state where it can be one.
+void takeBrEdr(Options& options, WordList& words)
+{
+    if (!words.empty())
+        options.on = onOrOff(words.back());
+    if (options.on)
+        words.pop_back();
+    if (words.size() > 1)
+        throw UsageError(fmt::format("bredr: {} is neither on nor off", inQuotes(words[1])));
+    takeDevice(options, words);
+    if (options.continuous && !options.on.value_or(false))
+        throw UsageError("bredr: --continuous goes with on");
+}
+
+void takeTone(Options& options, WordList& words)
+{
+    const bool hasStrength = options.dB || options.amp;
+    options.stop = takeFirst(words, "stop");
+    if (options.stop && hasStrength)
+        throw UsageError("tone stop takes neither --db nor --amp");
+    if (options.stop)
+        return takeDevice(options, words);
+    options.value = wholeNumber("frequency", takeValue(options, words, "the frequency in Hz"), frequencies);
+    if (options.dB.has_value() == options.amp.has_value())
+        throw UsageError("tone: say how loud, with either --db or --amp");
+}
+
+void takeOrientation(Options& options, WordList& words)
+{
+    options.set = takeFirst(words, "set");
+    if (!options.set)
+        return takeDevice(options, words);
+    const auto text = takeValue(options, words, "left or right");
+    options.orientation = fromCaseName<AccessoryOrientation>(text);
+    if (!options.orientation || options.orientation == AccessoryOrientation::unassigned)
+        throw UsageError(fmt::format("orientation: {} is neither left nor right", inQuotes(text)));
+}
+
+/// A first word that holds anything but hexadecimal digits is the device.
+void takeFrame(Options& options, WordList& words)
+{
+    const bool hasDevice
+        = !words.empty() && words.front().find_first_not_of("0123456789abcdefABCDEF") != std::string::npos;
+    if (hasDevice) {
+        options.device = words.front();
+        words.erase(words.begin());
+    }
+    if (words.empty())
+        throw UsageError("raw: the frame is missing, as FE 68 … 16 or as cmd di0 di1 payload");
+    Data given;
+    for (const auto& word : words) {
+        const auto part = bytes("raw", word);
+        given.insert(given.end(), part.begin(), part.end());
+    }
+    options.frame = frame(given);
+}
+
+struct Row {
+    Command command;
+    void (*take)(Options&, WordList&);
+    Manual manual;
+};
+
+constexpr std::string_view rawNotes
+    = "HEX is hexadecimal digits, in pairs, in one word or several. What begins with FE 68 is a whole frame, with "
+      "size,\n"
+      "checksum and the closing 16; anything else is cmd di0 di1 and the payload, to which the rest is added:\n"
+      "  aurisk raw X1-L fe68110201048016\n"
+      "  aurisk raw X1-L 11 01 04\n"
+      "A first word that holds anything but hexadecimal digits is the device.";
+constexpr std::string_view toneNotes
+    = "FREQ is in Hz, 1 to 65535. The hearing aid has to support the hearing test, which it enters for the tone and\n"
+      "leaves afterwards. `tone stop` ends a tone that something else has left playing.";
+constexpr std::string_view codecNotes
+    = "Reads one JSON object a line from standard input, such as {\"op\": \"hex.toBytes\", \"text\": \"fe 68\"}, and "
+      "writes\n"
+      "one answer a line: {\"ok\": value}, {\"stop\": text} or {\"error\": text}. It needs no Bluetooth.";
+
+const Row& rowOf(Command command)
+{
+    static const Row rows[] = {
+        { Command::scan, takeNothing, { { "" } } },
+        { Command::info, takeDevice, { { "[DEVICE]" } } },
+        { Command::program, takeProgram, { { "[DEVICE]", "set [DEVICE] P" }, "P counts from 0." } },
+        { Command::volume, takeVolume, { { "[DEVICE]", "set [DEVICE] V" }, "V is 0 to 15." } },
+        { Command::mute, takeMute, { { "[DEVICE] on|off" }, "Hearing aids do not tell whether they are muted." } },
+        { Command::transparency, takeLevel, { { "[DEVICE]", "set [DEVICE] L" }, "L is 0 to 255." } },
+        { Command::bredr, takeBrEdr, { { "[DEVICE]", "[DEVICE] on|off" } } },
+        { Command::battery, takeDevice, { { "[DEVICE]" } } },
+        { Command::find, takeDevice, { { "[DEVICE]" } } },
+        { Command::tone, takeTone,
+            { { "[DEVICE] FREQ --db N", "[DEVICE] FREQ --amp N", "stop [DEVICE]" }, toneNotes } },
+        { Command::orientation, takeOrientation, { { "[DEVICE]", "set [DEVICE] left|right" } } },
+        { Command::monitor, takeDevice, { { "[DEVICE]" } } },
+        { Command::raw, takeFrame, { { "[DEVICE] HEX..." }, rawNotes } },
+        { Command::codec, takeNothing, { { "" }, codecNotes } },
+    };
+    return *std::find_if(std::begin(rows), std::end(rows), [&](const Row& row) { return row.command == command; });
+}
+
+} // namespace
+
+void takeWords(Options& options, std::vector<std::string> words)
+{
+    if (std::find(words.begin(), words.end(), "") != words.end())
+        throw UsageError(fmt::format("{}: an empty word", nameOf(options)));
+    rowOf(options.command).take(options, words);
+}
+
+const Manual& manualOf(Command command) { return rowOf(command).manual; }
+
+} // namespace aurisk::tool
