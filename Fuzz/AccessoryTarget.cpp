@@ -94,6 +94,10 @@ AuriskRequest chooseRequest(InputReader& reader)
     }
 }
 
+// A little less than is promised, for the clock's rounding.
+constexpr Seconds pauseBeforeSending{ 0.1 - 1e-9 };
+constexpr Seconds timeLimit{ 3.0 - 1e-9 };
+
 /// An accessory and its device, connected at first, and beside them what the accessory ought to hold.
 class Session final : public AuriskAccessoryDelegate, public std::enable_shared_from_this<Session> {
 public:
@@ -112,11 +116,12 @@ public:
         switch (reader.byte() % 7) {
         case 0: request(chooseRequest(reader)); break;
         case 1: {
-            const auto command = replies[reader.byte() % replies.size()];
-            notify(frameAround(command, reader.counted()));
+            const auto choice = reader.byte();
+            const int times = choice < 0x80 ? 1 : 2;
+            notify(frameAround(replies[choice % replies.size()], reader.counted()), times);
             break;
         }
-        case 2: notify(reader.counted()); break;
+        case 2: notify(reader.counted(), 1); break;
         case 3: notifyBattery(reader.counted()); break;
         case 4: _queue.advance(Seconds(0.1)); break;
         case 5: _queue.advance(Seconds(reader.byte() * 0.05)); break;
@@ -137,7 +142,9 @@ public:
 
     void didSendRequest(const std::shared_ptr<AuriskAccessory>&, const AuriskRequest& request) override
     {
+        require(_queue.now() - _completedAt >= pauseBeforeSending, "two sendings came too close to each other");
         _inFlight = request;
+        _sentAt = _queue.now();
     }
     void batteryDidChanged(const std::shared_ptr<AuriskAccessory>&, int) override { }
     void didNotifyProgram(const std::shared_ptr<AuriskAccessory>&, int, int) override { }
@@ -157,6 +164,7 @@ private:
     {
         ++_connection;
         _inFlight.reset(); // what the last connection asked for cannot be answered in this one
+        _completedAt = Seconds(-1);
         _radio.connect(_peripheral, *_accessory, weak_from_this());
     }
 
@@ -164,24 +172,37 @@ private:
     {
         const auto index = _completions.size();
         _completions.push_back(0);
-        _accessory->request(request, [this, index, connection = _connection](const AuriskResult&) {
+        _accessory->request(request, [this, index, connection = _connection](const AuriskResult& result) {
             ++_completions[index];
-            if (connection == _connection)
-                _inFlight.reset();
+            if (connection == _connection && _accessory->state() == AccessoryState::connected)
+                completed(result);
         });
     }
 
-    void notify(DataView value)
+    void completed(const AuriskResult& result)
+    {
+        const auto* error = result.error();
+        const bool isTimeOut = error && error->as<AuriskResultError::timeout>();
+        require(isTimeOut == (_queue.now() - _sentAt >= timeLimit), "a time-out came too early, or a reply too late");
+        _inFlight.reset();
+        _completedAt = _queue.now();
+    }
+
+    /// The same value so many times at one instant. Only the first reply is one: it completes the request.
+    void notify(DataView value, int times)
     {
         if (!_peripheral->isConnected)
             return;
-        if (const auto result = decodeAgain(value).result; result && result->isSuccess()) {
-            if (const auto* notified = result->data()->as<AuriskResponse::didNotify>())
+        const auto result = decodeAgain(value).result;
+        const auto* response = result ? result->data() : nullptr;
+        const auto* notified = response ? response->as<AuriskResponse::didNotify>() : nullptr;
+        if (response && !notified && _inFlight)
+            _expected.replied(*response, *_inFlight);
+        for (int i = 0; i < times; ++i) {
+            if (notified)
                 _expected.notified(*notified);
-            else if (_inFlight)
-                _expected.replied(*result->data(), *_inFlight);
+            _peripheral->notify(_peripheral->replies, Data(value.begin(), value.end()));
         }
-        _peripheral->notify(_peripheral->replies, Data(value.begin(), value.end()));
         _queue.runUntilIdle();
     }
 
@@ -201,6 +222,7 @@ private:
     std::shared_ptr<AuriskAccessory> _accessory;
     Cache _expected;
     std::optional<AuriskRequest> _inFlight; ///< sent in this connection, and not yet completed
+    Seconds _sentAt{ 0 }, _completedAt{ -1 }; ///< the last time that it happened in this connection
     int _connection = 0;
     std::vector<int> _completions; ///< how often each request has completed
 };
