@@ -1,0 +1,166 @@
+#include "Tests/Tool/ToolScenario.h"
+#include "Tools/aurisk/Values.h"
+
+#include <rapidcheck/gtest.h>
+
+namespace aurisk::tests {
+namespace {
+
+using tool::Command;
+using tool::Options;
+
+Options parsed(const std::string& commandLine) { return std::get<Options>(tool::parseArguments(wordsOf(commandLine))); }
+
+std::string refusal(const Lines& words)
+{
+    try {
+        tool::parseArguments(words);
+    } catch (const tool::UsageError& error) {
+        return error.what();
+    }
+    return "accepted";
+}
+
+TEST(Arguments, AMistakeIsToldInOneSentence)
+{
+    struct {
+        std::string commandLine, sentence;
+    } const cases[] = {
+        { "", "a command is missing (aurisk --help lists them)" },
+        { "volum X1-L", "\"volum\" is no command (aurisk --help lists them)" },
+        { "--frob", "--frob is no option of aurisk (aurisk --help lists them)" },
+        { "scan --frob", "--frob is no option of scan (aurisk scan --help lists them)" },
+        { "volume set X1-L 3 --continuous", "--continuous is no option of volume (aurisk volume --help lists them)" },
+        { "volume set", "volume: the new volume, 0 to 15, is missing" },
+        { "volume set X1-L", "volume: \"X1-L\" is no whole number" },
+        { "volume set X1-L 16", "volume: 16 is outside 0 to 15" },
+        { "volume set X1-L -1", "volume: -1 is outside 0 to 15" },
+        { "volume set X1-L 99999999999999999999", "volume: 99999999999999999999 is outside 0 to 15" },
+        { "volume set X1-L 3.5", "volume: \"3.5\" is no whole number" },
+        { "volume set X1-L 3 4", "volume: \"3\" is one word too many (aurisk volume --help)" },
+        { "volume X1-L X1-R", "volume: \"X1-R\" is one word too many (aurisk volume --help)" },
+        { "volume X1-L --program 15", "--program: 15 is outside 0 to 14" },
+        { "volume X1-L --program", "--program needs a value" },
+        { "program set 15", "program: 15 is outside 0 to 14" },
+        { "transparency set 256", "transparency level: 256 is outside 0 to 255" },
+        { "mute X1-L", "mute: say on or off (hearing aids do not tell whether they are muted)" },
+        { "mute X1-L maybe", "mute: say on or off (hearing aids do not tell whether they are muted)" },
+        { "bredr X1-L of", "bredr: \"of\" is neither on nor off" },
+        { "bredr X1-L off --continuous", "bredr: --continuous goes with on" },
+        { "tone X1-L 1000", "tone: say how loud, with either --db or --amp" },
+        { "tone 1000 --db 1 --amp 1", "tone: say how loud, with either --db or --amp" },
+        { "tone 65536 --db 1", "frequency: 65536 is outside 1 to 65535" },
+        { "tone 1000 --amp 32768", "--amp: 32768 is outside 0 to 32767" },
+        { "tone stop X1-L --db 1", "tone stop takes neither --db nor --amp" },
+        { "orientation set X1-L unassigned", "orientation: \"unassigned\" is neither left nor right" },
+        { "raw X1-L", "raw: the frame is missing, as FE 68 … 16 or as cmd di0 di1 payload" },
+        { "raw X1-L 1x", "raw: \"1x\" is not hexadecimal" },
+        { "raw X1-L 11 010", "raw: \"010\" has 3 hexadecimal digits, an even number is needed" },
+        { "raw 1101", "frame: 2 byte(s), at least cmd di0 di1 are needed" },
+        { "raw fe681101", "frame: 4 bytes, a whole frame has at least 8 (FE 68 cmd size di0 di1 checksum 16)" },
+        { "raw fe68110301048016", "frame: its size byte says 3, but 2 bytes lie between it and the checksum" },
+        { "raw fe68110201048017", "frame: it ends with 17, not with 16" },
+        { "raw fe68110201048116", "frame: its checksum is 81, 80 is needed" },
+        { "scan X1-L", "scan takes no device: \"X1-L\"" },
+        { "scan --both", "--both does not go with scan" },
+        { "scan --duration 0", "--duration: 0 is outside 0.001 to 86400 seconds" },
+        { "--timeout soon scan", "--timeout: \"soon\" is no number of seconds" },
+        { "scan --timeout nan", "--timeout: \"nan\" is no number of seconds" },
+        { "scan --backend usb", "--backend: \"usb\" is neither sim nor bluez" },
+        { "scan --new-world", "--new-world goes with --world FILE" },
+    };
+    for (const auto& [commandLine, sentence] : cases)
+        EXPECT_EQ(refusal(wordsOf(commandLine)), sentence) << commandLine;
+    EXPECT_EQ(refusal({ "info", "" }), "info: an empty word");
+    EXPECT_EQ(refusal({ "info", "a\033[1m", "b" }), "info: \"b\" is one word too many (aurisk info --help)");
+    EXPECT_EQ(refusal({ "volume", "set", "\033[1m" }), "volume: \"?[1m\" is no whole number");
+}
+
+TEST(Arguments, OptionsOfEveryCommandStandBeforeOrAfterIt)
+{
+    for (const auto* line : { "--json --both --timeout 2.5 volume set X1 3 --program 1",
+             "volume set X1 3 --program 1 --json --both --timeout 2.5",
+             "--json volume --program 1 set --timeout 9 X1 --both 3 --timeout=2.5" }) {
+        const auto options = parsed(line);
+        EXPECT_TRUE(options.json && options.both && options.set) << line;
+        EXPECT_EQ(options.command, Command::volume) << line;
+        EXPECT_EQ(options.device, "X1") << line;
+        EXPECT_EQ(options.value, 3) << line;
+        EXPECT_EQ(options.program, 1) << line;
+        EXPECT_EQ(options.timeout, Seconds(2.5)) << line;
+    }
+}
+
+TEST(Arguments, TheLastWordIsTheValueAndTheOneBeforeItTheDevice)
+{
+    struct {
+        std::string commandLine, device;
+        std::optional<int> value;
+    } const cases[] = {
+        { "volume", "", {} },
+        { "volume X1-L", "X1-L", {} },
+        { "volume 3", "3", {} },
+        { "volume set 3", "", 3 },
+        { "volume set 3 5", "3", 5 },
+        { "volume set set 5", "set", 5 },
+        { "program set X1-L 0", "X1-L", 0 },
+        { "info scan", "scan", {} },
+        { "mute on on", "on", 1 },
+        { "mute off", "", 0 },
+        { "bredr on", "", 1 },
+        { "bredr on off", "on", 0 },
+        { "bredr X1-L", "X1-L", {} },
+        { "tone 1000 --db 40", "", 1000 },
+        { "tone X1-L 1000 --db 40", "X1-L", 1000 },
+        { "tone stop X1-L", "X1-L", {} },
+    };
+    for (const auto& [commandLine, device, value] : cases) {
+        const auto options = parsed(commandLine);
+        EXPECT_EQ(options.device, device) << commandLine;
+        const auto said = options.on ? std::optional<int>(*options.on) : options.value;
+        EXPECT_EQ(said, value) << commandLine;
+    }
+}
+
+TEST(Arguments, AFrameIsGivenWholeOrAsItsParts)
+{
+    const Data readVolume = { 0xFE, 0x68, 0x11, 0x02, 0x01, 0x04, 0x80, 0x16 };
+    for (const auto* line :
+        { "raw fe68110201048016", "raw X1-L FE 68 11 02 01 04 80 16", "raw X1-L 110104", "raw 11 0104" })
+        EXPECT_EQ(parsed(line).frame->toData(), readVolume) << line;
+    // 68 + 1D + 03 + AE + 00 + 07 = 13D
+    EXPECT_EQ(parsed("raw 1dae0007").frame->toData(), (Data{ 0xFE, 0x68, 0x1D, 0x03, 0xAE, 0x00, 0x07, 0x3D, 0x16 }));
+    EXPECT_EQ(parsed("raw 0A:1B:2C:3D:4E:5F 110104").device, "0A:1B:2C:3D:4E:5F");
+    EXPECT_EQ(parsed("raw " + std::string(512, '0')).frame->data->size(), 253U);
+    EXPECT_EQ(refusal({ "raw", std::string(514, '0') }), "frame: a payload of 254 bytes, at most 253 fit");
+}
+
+TEST(Arguments, HelpNamesTheFormsOfACommand)
+{
+    const auto text = [](const std::string& commandLine) {
+        return std::get<tool::Information>(tool::parseArguments(wordsOf(commandLine))).text;
+    };
+    EXPECT_THAT(text("volume --help"), HasSubstr("aurisk volume set [DEVICE] V\n"));
+    EXPECT_THAT(text("volume set -h"), HasSubstr("--program P"));
+    EXPECT_THAT(text("--help"), HasSubstr("--world FILE"));
+    for (const auto& row : enumCases<Command>)
+        EXPECT_THAT(text("--help"), HasSubstr("\n  " + std::string(row.name) + " "));
+    EXPECT_THAT(text("--version"), HasSubstr("2025_05_09_V1.3"));
+}
+
+RC_GTEST_PROP(Arguments, AreTakenOrRefusedInASentenceWhateverTheyAre, ())
+{
+    const auto word
+        = rc::gen::oneOf(rc::gen::element<std::string>("scan", "info", "program", "volume", "mute", "transparency",
+                             "bredr", "battery", "find", "tone", "orientation", "monitor", "raw", "set", "stop", "on",
+                             "off", "X1-L", "-1", "0", "15", "256", "1e9", "--", "--json", "--both", "--program",
+                             "--db", "--db=", "--timeout", "--world", "-h", "fe68", "left"),
+            rc::gen::string<std::string>());
+    const auto words = *rc::gen::container<Lines>(word);
+    const auto sentence = refusal(words);
+    RC_ASSERT(!sentence.empty());
+    RC_ASSERT(sentence.find('\n') == sentence.npos);
+}
+
+} // namespace
+} // namespace aurisk::tests

@@ -1,0 +1,122 @@
+#pragma once
+
+#include "AuriskSDK/Platform/Manual/ManualDispatchQueue.h"
+#include "Simulator/SimulatedAuriskAid.h"
+#include "Simulator/Simulator.h"
+#include "Tools/aurisk/Arguments.h"
+#include "Tools/aurisk/Run.h"
+
+#include <gmock/gmock.h>
+
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace aurisk::tests {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using tool::ExitCode;
+using Lines = std::vector<std::string>;
+
+inline Lines wordsOf(const std::string& line)
+{
+    std::istringstream stream(line);
+    return { std::istream_iterator<std::string>(stream), {} };
+}
+
+/// Keeps what a run writes.
+class RecordingSink final : public tool::Sink {
+public:
+    void out(const std::string& line) override { output.push_back(line); }
+    void err(const std::string& line) override { errors.push_back(line); }
+
+    Lines output, errors;
+};
+
+/// Commands on three virtual hearing aids, the pair X1-L and X1-R and a Solo-L, in virtual time.
+class ToolScenario : public testing::Test {
+protected:
+    static PlacedAid placed(const std::string& name, const std::string& address, std::uint8_t chip)
+    {
+        AuriskAidState state;
+        state.name = name;
+        state.address = address;
+        state.chip = chip;
+        state.volumes = { 8, 5, 7 };
+        state.battery = 84;
+        state.isRight = isRightByName(name);
+        return { .aid = std::make_shared<SimulatedAuriskAid>(std::move(state)), .rssi = -48 };
+    }
+
+    static SimulatedWorld threeAids()
+    {
+        SimulatedWorld world;
+        world.aids = { placed("X1-L", "0A:1B:2C:3D:4E:5F", 0x06), placed("X1-R", "0A:1B:2C:3D:4E:60", 0x06),
+            placed("Solo-L", "0A:1B:2C:00:11:22", 0x00) };
+        return world;
+    }
+
+    void begin(const std::string& commandLine)
+    {
+        const auto options = std::get<tool::Options>(tool::parseArguments(wordsOf(commandLine)));
+        sink = {};
+        code.reset();
+        output.emplace(sink, tool::Style{ .json = options.json, .colour = false });
+        run = tool::Run::start(options, simulator->platform(), *output, [this](ExitCode ended) { code = ended; });
+    }
+
+    /// Lets time pass until the run ends; a minute must do.
+    ExitCode end()
+    {
+        constexpr int steps = 6000;
+        for (int i = 0; i < steps && !code; ++i)
+            queue.advance(Seconds(0.01));
+        EXPECT_TRUE(code) << "the run did not end";
+        run.reset();
+        queue.runUntilIdle();
+        EXPECT_EQ(simulator->radio().linkCount(), 0) << "the run left a connection behind";
+        return code.value_or(ExitCode::interrupted);
+    }
+
+    ExitCode aurisk(const std::string& commandLine)
+    {
+        begin(commandLine);
+        return end();
+    }
+
+    void after(double seconds) { queue.advance(Seconds(seconds)); }
+
+    SimulatedAuriskAid& aid(const std::string& name)
+    {
+        return dynamic_cast<SimulatedAuriskAid&>(*simulator->aid(name));
+    }
+    LinkFaults& faults(const std::string& name) { return simulator->world().placed(name).faults; }
+    void wearer(const std::string& name, const std::string& action)
+    {
+        ASSERT_TRUE(simulator->radio().perform(name, *WearerAction::fromString(action)));
+    }
+
+    /// The lines of standard output as JSON; each has to be an object by itself.
+    std::vector<nlohmann::json> objects() const
+    {
+        std::vector<nlohmann::json> all;
+        for (const auto& line : sink.output) {
+            all.push_back(nlohmann::json::parse(line, nullptr, false));
+            EXPECT_TRUE(all.back().is_object()) << line;
+        }
+        return all;
+    }
+
+    ManualDispatchQueue queue;
+    ScopedMainQueue main{ queue };
+    std::shared_ptr<Simulator> simulator = Simulator::create(threeAids());
+    RecordingSink sink;
+    std::optional<tool::Output> output;
+    std::shared_ptr<tool::Run> run;
+    std::optional<ExitCode> code;
+};
+
+} // namespace aurisk::tests
