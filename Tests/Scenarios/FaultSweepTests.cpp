@@ -76,8 +76,8 @@ struct Knowledge {
     friend void PrintTo(const Knowledge& known, std::ostream* out)
     {
         *out << "program " << description(known.program) << ", volumes";
-        for (const auto& [program, volume] : known.volumes)
-            *out << " " << program << ":" << volume;
+        for (const auto& [number, level] : known.volumes)
+            *out << " " << number << ":" << level;
         *out << ", transparency " << description(known.transparency) << ", battery " << description(known.battery)
              << ", BR/EDR " << description(known.brEdr) << known.brEdrContinuous << ", test " << known.hearingTest;
     }
