@@ -119,12 +119,14 @@ TEST_F(Tool, SendsAFrameAndExplainsTheReply)
                               R"("data":"","result":{"error":{"controlError":{}}}})"),
             R"({"error":"X1-L did not do what the frame asks for: controlError","name":"X1-L"})"));
 
-    // What a wearer does meanwhile is no reply.
-    begin("raw X1-L 110104");
-    after(0.16);
-    wearer("X1-L", "volume 9");
-    EXPECT_EQ(end(), ExitCode::done);
-    EXPECT_THAT(sink.output, testing::Contains("  command  91, read done"));
+    // What a wearer does meanwhile is no reply, whenever it is.
+    for (double when = 0.1; when < 0.3; when += 0.001) {
+        begin("raw X1-L 110104");
+        after(when);
+        wearer("X1-L", "volume 9");
+        EXPECT_EQ(end(), ExitCode::done) << when;
+        EXPECT_THAT(sink.output, testing::Contains("  command  91, read done")) << when;
+    }
 }
 
 TEST_F(Tool, AsksBothOfAPairAtTheSameTime)
@@ -138,13 +140,19 @@ TEST_F(Tool, AsksBothOfAPairAtTheSameTime)
     EXPECT_EQ(aid("X1-R").state().volumes[0], 3);
     EXPECT_EQ(aid("Solo-L").state().volumes[0], 8);
 
-    auto state = aid("X1-R").state();
-    state.volumes = { 8 };
-    aid("X1-R").setState(state);
-    EXPECT_EQ(aurisk("program set 2 --both --json"), ExitCode::failed); // the worse of the two
-    EXPECT_THAT(sink.output,
-        testing::UnorderedElementsAre(leftIdentity + std::string(R"("program":2})"),
-            R"j({"error":"X1-R refused to switch to program 2 (aurisk info tells which programs it has)","name":"X1-R"})j"));
+    // The worse of the two counts, whichever it is.
+    for (const auto* name : { "X1-L", "X1-R" }) {
+        simulator = Simulator::create(threeAids());
+        auto state = aid(name).state();
+        state.volumes = { 8 };
+        aid(name).setState(state);
+        EXPECT_EQ(aurisk("program set 2 --both --json"), ExitCode::failed);
+        const auto told = objects();
+        ASSERT_EQ(told.size(), 2U);
+        const auto& failure = told[told[0].contains("error") ? 0 : 1];
+        EXPECT_EQ(failure["name"], name);
+        EXPECT_THAT(std::string(failure["error"]), HasSubstr("refused to switch to program 2"));
+    }
 }
 
 TEST_F(Tool, ScansAndShowsEachDeviceOnce)

@@ -1,3 +1,4 @@
+#include "AuriskSDK/Shared/Utils/PreconditionPolicy.h"
 #include "Tests/Tool/ToolScenario.h"
 
 namespace aurisk::tests {
@@ -6,6 +7,40 @@ namespace {
 using Kind = Fault::Kind;
 
 class ToolMishap : public ToolScenario { };
+
+/// An aid that answers every request with the same bytes.
+class OddAid final : public SimulatedAid {
+public:
+    explicit OddAid(Data answer)
+        : _answer(std::move(answer))
+    {
+    }
+
+    std::string name() const override { return "Odd-L"; }
+    std::string address() const override { return "0A:1B:2C:3D:4E:5F"; }
+    CBAdvertisementData advertisement() const override
+    {
+        return { Data{ 0xFE, 0xFE, 0x0A, 0x1B, 0x2C, 0x3D, 0x4E, 0x5F, 0x08, 0x06 }, name() };
+    }
+    std::vector<SimulatedService> gattTable() const override
+    {
+        return { { CBUUID(0xAE30),
+            { { CBUUID(0xAE01), CBCharacteristicProperties::write },
+                { CBUUID(0xAE02), CBCharacteristicProperties::notify } } } };
+    }
+    void didReceive(const CBUUID&, DataView) override { send(CBUUID(0xAE02), _answer); }
+    void refuse(const CBUUID&, DataView) override { }
+    std::optional<Data> read(const CBUUID&) const override { return std::nullopt; }
+    bool accepts(const WearerAction&) const override { return false; }
+    bool perform(const WearerAction&) override { return false; }
+    nlohmann::json toJson() const override // of a kind that worlds know
+    {
+        return { { "kind", "aurisk" }, { "name", name() }, { "address", address() } };
+    }
+
+private:
+    Data _answer;
+};
 
 TEST_F(ToolMishap, WhoIsNotThereIsNotFound)
 {
@@ -26,6 +61,7 @@ TEST_F(ToolMishap, TheOnlyAidNeedsNoName)
     wearer("X1-R", "power 0");
     EXPECT_EQ(aurisk("volume set 3"), ExitCode::done);
     EXPECT_THAT(sink.output, ElementsAre("Solo-L  volume 3, program 0"));
+    EXPECT_LT(queue.now(), Seconds(2));
     wearer("Solo-L", "power 0");
     EXPECT_EQ(aurisk("volume set 3"), ExitCode::notFound);
     EXPECT_THAT(sink.errors, ElementsAre("aurisk: no hearing aid was heard within 5 s"));
@@ -48,6 +84,38 @@ TEST_F(ToolMishap, WhatAnAidRefusesIsNamed)
     state.hearingTestSupported = false;
     aid("X1-L").setState(state);
     EXPECT_EQ(aurisk("tone stop X1-L"), ExitCode::failed);
+}
+
+TEST_F(ToolMishap, AnAidThatAnswersNonsenseHarmsNobody)
+{
+    setPreconditionPolicy(PreconditionPolicy::contain);
+    struct {
+        Data answer;
+        std::string commandLine, sentence;
+    } const cases[] = {
+        // 68 + 91 + 03 + 00 + 04 + FF = 1FF: the current program is 255, which no request can carry.
+        { { 0x00, 0xFE, 0x68, 0x91, 0x03, 0x00, 0x04, 0xFF, 0xFF, 0x16 }, "volume set 3",
+            "Odd-L says that its program is 255, which cannot be" },
+        // 68 + 9C + 02 + 01 + 14 = 11B: an acknowledgement where a value is due.
+        { { 0x00, 0xFE, 0x68, 0x9C, 0x02, 0x01, 0x14, 0x1B, 0x16 }, "volume set 3",
+            "Odd-L gave an answer that fits nothing when asked to tell its program and volume" },
+        // 68 + 42 + 02 + 01 + 04 = B1: a command that nothing stands for.
+        { { 0x00, 0xFE, 0x68, 0x42, 0x02, 0x01, 0x04, 0xB1, 0x16 }, "program set 3",
+            "Odd-L gave an answer that fits nothing when asked to switch to program 3" },
+        // Empty, and with a size byte that no frame can have: both are dropped.
+        { {}, "program set 3", "Odd-L did not answer within 3 s when asked to switch to program 3" },
+        { { 0x00, 0xFE, 0x68, 0x91, 0xFF, 0x00, 0x00, 0x16 }, "program set 3",
+            "Odd-L did not answer within 3 s when asked to switch to program 3" },
+        { {}, "battery", "Odd-L has no battery service (180F)" },
+    };
+    for (const auto& [answer, commandLine, sentence] : cases) {
+        SimulatedWorld world;
+        world.aids = { { .aid = std::make_shared<OddAid>(answer) } };
+        simulator = Simulator::create(world);
+        EXPECT_EQ(aurisk(commandLine), ExitCode::failed) << sentence;
+        EXPECT_THAT(sink.errors, ElementsAre("aurisk: " + sentence));
+    }
+    setPreconditionPolicy(PreconditionPolicy::stop);
 }
 
 TEST_F(ToolMishap, EveryWaitForASilentAidEnds)
