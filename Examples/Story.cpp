@@ -1,5 +1,5 @@
-#include "Listener.h"
 #include "Mishaps.h"
+#include "Storyteller.h"
 
 #include <AuriskSDK/AuriskSDK.h>
 #include <AuriskSDK/Platform/Manual/ManualDispatchQueue.h>
@@ -11,7 +11,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -20,52 +19,33 @@ using namespace aurisk;
 
 namespace {
 
-constexpr Seconds pauseForTheReader{ 2 };
-
-/// An application meets a hearing aid, one step after another. Each step does something and waits for the library to
-/// report what became of it. Every value that is told is one that the library reported; one that differs from what was
-/// set, and one that does not come in time, end the story.
-class Story : public std::enable_shared_from_this<Story> {
-    struct Step {
-        std::string_view title;
-        void (Story::*play)();
-        Seconds limit;
-        std::string_view whatIsMissing; ///< where nothing has come within the limit
-    };
-
+/// An application meets a hearing aid. Every value that is told is one that the library reported; one that differs from
+/// what was set, and one that does not come in time, end the story.
+class Story final : public Storyteller {
 public:
     explicit Story(std::shared_ptr<Simulator> simulator)
         : _simulator(std::move(simulator))
         , _manager(AccessoryManager::create(_simulator->platform()))
     {
-        _manager->setStatusDelegate(_listener);
-        _manager->setScanningDelegate(_listener);
-    }
-
-    /// Plays the story on the main queue and calls `ended` once.
-    void begin(std::function<void(bool succeeded)> ended)
-    {
-        _ended = std::move(ended);
-        say("A story of an application and a hearing aid. The hearing aid is simulated, and so is the radio;");
-        say("the library in between is the real one, and each value below is what it reported.");
-        play(0);
+        _manager->setStatusDelegate(listener());
+        _manager->setScanningDelegate(listener());
     }
 
 private:
-    static std::span<const Step> steps()
+    std::vector<Step> steps() override
     {
-        static constexpr Step all[] = {
-            { "Is there a radio?", &Story::waitForTheRadio, Seconds(5), "the radio did not become ready" },
-            { "Who is nearby?", &Story::findAnAid, Seconds(10), "no hearing aid was heard" },
-            { "Connecting", &Story::connect, Seconds(10), "the hearing aid did not say what it can do" },
-            { "How is it set?", &Story::readProgramAndVolume, Seconds(5), "the hearing aid did not answer" },
-            { "Changing the volume", &Story::changeVolume, Seconds(10), "the hearing aid did not answer" },
-            { "Changing the program", &Story::changeProgram, Seconds(10), "the hearing aid did not answer" },
-            { "The wearer turns the volume", &Story::hearTheWearer, Seconds(5), "nothing was heard of the wearer" },
-            { "How full is the battery?", &Story::readBattery, Seconds(5), "the hearing aid did not tell it" },
-            { "Saying goodbye", &Story::disconnect, Seconds(5), "the connection did not end" },
+        return {
+            { "Is there a radio?", [this] { waitForTheRadio(); }, Seconds(5), "the radio did not become ready" },
+            { "Who is nearby?", [this] { findAnAid(); }, Seconds(10), "no hearing aid was heard" },
+            { "Connecting", [this] { connect(); }, Seconds(10), "the hearing aid did not say what it can do" },
+            { "How is it set?", [this] { readProgramAndVolume(); }, Seconds(5), "the hearing aid did not answer" },
+            { "Changing the volume", [this] { changeVolume(); }, Seconds(10), "the hearing aid did not answer" },
+            { "Changing the program", [this] { changeProgram(); }, Seconds(10), "the hearing aid did not answer" },
+            { "The wearer turns the volume", [this] { hearTheWearer(); }, Seconds(5),
+                "nothing was heard of the wearer" },
+            { "How full is the battery?", [this] { readBattery(); }, Seconds(5), "the hearing aid did not tell it" },
+            { "Saying goodbye", [this] { disconnect(); }, Seconds(5), "the connection did not end" },
         };
-        return all;
     }
 
     void waitForTheRadio()
@@ -114,7 +94,7 @@ private:
         hear().failedToConnect = [this](const MaybeError& error) {
             fail("there is no connection: " + (error ? error->localizedDescription : "it took too long"));
         };
-        if (!_aid->connect(_listener, Seconds(5), "story"))
+        if (!_aid->connect(listener(), Seconds(5), "story"))
             fail("the library did not try to connect");
     }
 
@@ -190,9 +170,6 @@ private:
 
     // What the steps are made of.
 
-    /// The library's reports that the present step waits for.
-    Listener::Reports& hear() { return _listener->reports; }
-
     int program() const { return _aid->program().value(); }
     int volume() const { return _aid->volume().value(); }
     int otherVolume() const { return volume() < 12 ? volume() + 3 : volume() - 3; }
@@ -200,20 +177,17 @@ private:
     /// Sends a request, and goes on with `then` once the hearing aid has done it.
     void ask(const AuriskRequest& request, std::function<void()> then)
     {
-        _aid->request(request, [weak = weak_from_this(), moment = _moment, then](const AuriskResult& result) {
-            const auto self = weak.lock();
-            if (!self || self->_moment != moment)
-                return;
+        _aid->request(request, onThisPage([this, then = std::move(then)](const AuriskResult& result) {
             if (const auto* error = result.error())
-                return self->fail("the hearing aid did not do it: " + description(*error));
+                return fail("the hearing aid did not do it: " + description(*error));
             then();
-        });
+        }));
     }
 
     /// Has the hearing aid say its program and volume, whatever the library holds for them.
     void readBack(std::function<void()> then)
     {
-        ask(AuriskRequest::readProgramVolume{}, [this, then] {
+        ask(AuriskRequest::readProgramVolume{}, [this, then = std::move(then)] {
             if (!_aid->program() || !_aid->volume())
                 return fail("the hearing aid did not say its program and volume");
             then();
@@ -228,75 +202,9 @@ private:
         return reported == set;
     }
 
-    void play(std::size_t step)
-    {
-        _step = step;
-        turnThePage();
-        const auto& [title, play, limit, whatIsMissing] = steps()[step];
-        say(fmt::format("\n{}. {}", step + 1, title));
-        later(limit, [this, missing = whatIsMissing, seconds = limit.count()] {
-            fail(fmt::format("{} within {} seconds", missing, seconds));
-        });
-        (this->*play)();
-    }
-
-    void next()
-    {
-        turnThePage();
-        if (_step + 1 < steps().size())
-            return later(pauseForTheReader, [this] { play(_step + 1); });
-        say("\nThe end: all that was set was also reported.");
-        end(true);
-    }
-
-    void fail(std::string why)
-    {
-        if (why.ends_with('.')) // the platform's errors are whole sentences
-            why.pop_back();
-        fmt::print(stderr, "\nThe story failed at \"{}\": {}.\n", steps()[_step].title, why);
-        end(false);
-    }
-
-    void end(bool succeeded)
-    {
-        turnThePage();
-        hear() = {};
-        if (const auto ended = std::exchange(_ended, nullptr))
-            ended(succeeded);
-    }
-
-    /// What was waited for until now is waited for no longer. A link that goes away unasked ends the story at any time.
-    void turnThePage()
-    {
-        ++_moment;
-        hear() = {};
-        hear().disconnected = [this](const MaybeError& error) {
-            fail("the connection was lost: " + (error ? error->localizedDescription : "nobody says why"));
-        };
-    }
-
-    /// Does `work` after `delay`, unless the page has been turned by then.
-    void later(Seconds delay, std::function<void()> work)
-    {
-        DispatchQueue::main().asyncAfter(delay, [weak = weak_from_this(), moment = _moment, work] {
-            if (const auto self = weak.lock(); self && self->_moment == moment)
-                work();
-        });
-    }
-
-    static void say(const std::string& line)
-    {
-        fmt::print("{}\n", line);
-        std::fflush(stdout);
-    }
-
     std::shared_ptr<Simulator> _simulator;
     std::shared_ptr<AccessoryManager> _manager;
-    std::shared_ptr<Listener> _listener = std::make_shared<Listener>();
     std::shared_ptr<AuriskAccessory> _aid;
-    std::size_t _step = 0;
-    int _moment = 0; ///< grows with each turn of the page
-    std::function<void(bool)> _ended;
 };
 
 /// The default world, in which nobody but the story touches the hearing aids.
@@ -366,5 +274,7 @@ int main(int count, char** arguments)
             return usage(stderr);
     }
     setPreconditionPolicy(PreconditionPolicy::contain);
+    fmt::print("A story of an application and a hearing aid. The hearing aid is simulated, and so is the radio;\n"
+               "the library in between is the real one, and each value below is what it reported.\n");
     return (isFast ? tellFast(mishap) : tellInRealTime(mishap)) ? 0 : 1;
 }
