@@ -8,7 +8,6 @@
 #include <asio/post.hpp>
 #include <asio/steady_timer.hpp>
 
-#include <algorithm>
 #include <atomic>
 #include <map>
 #include <mutex>
@@ -41,7 +40,7 @@ public:
 
     void asyncAfter(Seconds delay, Work work) override
     {
-        const auto due = Clock::now() + std::chrono::ceil<Clock::duration>(std::max(delay, Seconds(0)));
+        const auto due = Clock::now() + std::chrono::ceil<Clock::duration>(countable(delay));
         {
             const std::lock_guard lock(_mutex);
             _waiting.emplace(due, std::move(work));

@@ -12,7 +12,7 @@ constexpr int mostAtOneInstant = 100'000;
 
 } // namespace
 
-ManualClock::Ticks ManualClock::ticks(Seconds span) { return std::chrono::round<Ticks>(std::max(span, Seconds(0))); }
+ManualClock::Ticks ManualClock::ticks(Seconds span) { return std::chrono::round<Ticks>(countable(span)); }
 
 void ManualClock::add(Seconds delay, Work work) { _due.emplace(_now + ticks(delay), std::move(work)); }
 
