@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <limits>
 #include <string>
 #include <thread>
 #include <utility>
@@ -117,6 +118,15 @@ TYPED_TEST(DispatchQueueContract, WorkRunsOnceAndNoEarlierThanItsDelay)
     EXPECT_THAT(this->heard, ElementsAre("ran"));
     EXPECT_GE(ran - before, Seconds(2ms));
     EXPECT_GE(this->queue.now(), ran);
+}
+
+TYPED_TEST(DispatchQueueContract, ADelayOfForeverNeverEnds)
+{
+    for (const auto forever : { Seconds(1e10), Seconds(1e300), Seconds(std::numeric_limits<double>::infinity()) })
+        this->queue.asyncAfter(forever, this->saying("forever"));
+    this->queue.asyncAfter(1ms, this->saying("1 ms"));
+    this->pass(2ms);
+    EXPECT_THAT(this->heard, ElementsAre("1 ms"));
 }
 
 TYPED_TEST(DispatchQueueContract, WhatWorkHoldsIsLetGoOnceItHasRun)

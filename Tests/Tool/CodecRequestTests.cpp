@@ -92,7 +92,7 @@ TEST(CodecRequest, StopsAtWhatAPreconditionForbids)
     const std::string tooLong(254 * 2, '0');
     expectStops({
         { encoding(R"({"readVolume":{"program":255}})"), "256" },
-        { encoding(R"({"readVolume":{"program":2147483647}})"), "2147483648" },
+        { encoding(R"({"readVolume":{"program":2147483647}})"), ": 2147483648 " },
         { encoding(R"({"readDsp":{"program":-1}})"), "-1" },
         { encoding(R"({"writeDspData":{"data":"","program":128,"withResponse":false}})"), "256" },
         { encoding(R"({"writeDspData":{"data":")" + tooLong + R"(","program":0,"withResponse":true}})"), "254" },
