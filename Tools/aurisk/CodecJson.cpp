@@ -2,8 +2,6 @@
 
 #include <fmt/core.h>
 
-#include <algorithm>
-
 namespace aurisk::codec {
 
 namespace {
@@ -129,6 +127,12 @@ template <> AuriskDsp read(const Json& value, const Place& place)
 template <> AuriskGlobalDsp read(const Json& value, const Place& place)
 {
     return readBlock<AuriskGlobalDsp, AuriskA4GlobalDsp, AuriskA16GlobalDsp>(value, place);
+}
+
+template <> Answer toJson(const AuriskResult& result)
+{
+    return result.isSuccess() ? Answer::object({ { "success", toJson(*result.data()) } })
+                              : Answer::object({ { "error", toJson(*result.error()) } });
 }
 
 } // namespace aurisk::codec

@@ -3,6 +3,7 @@
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskDsp.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskManuData.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskRawData.h"
+#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskResult.h"
 #include "AuriskSDK/Shared/Utils/HexToData.h"
 #include "AuriskSDK/Shared/Utils/LabelledCase.h"
 #include "AuriskSDK/Shared/Utils/Precondition.h"
@@ -177,6 +178,7 @@ inline constexpr auto fieldsOf<AuriskManuData> = labelled("AuriskManuData", labe
     label("transEnable", &AuriskManuData::transEnable));
 
 template <typename T> Answer toJson(const T& value);
+template <> Answer toJson(const AuriskResult& result); ///< `{"success": …}` or `{"error": …}`
 
 /// The values of `one` under their labels.
 template <typename Labels, typename T> Answer toObject(const Labels& labels, const T& one)

@@ -1,7 +1,6 @@
 #include "Tools/aurisk/CodecOperations.h"
 
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskRequest.h"
-#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskResult.h"
 
 #include <algorithm>
 #include <iterator>
@@ -20,11 +19,7 @@ Answer encodeFrame(const Members& line)
 Answer decodeResult(const Members& line)
 {
     const auto frame = AuriskRawData::parse(line.get<Data>("bytes"));
-    if (!frame)
-        return nullptr;
-    const auto result = frame->toResult();
-    return result.isSuccess() ? Answer::object({ { "success", toJson(*result.data()) } })
-                              : Answer::object({ { "error", toJson(*result.error()) } });
+    return frame ? toJson(frame->toResult()) : Answer();
 }
 
 constexpr Operation operations[] = {
