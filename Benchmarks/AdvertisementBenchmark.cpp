@@ -1,6 +1,6 @@
 #include "AuriskSDK/Platform/Manual/ManualDispatchQueue.h"
 #include "Benchmarks/Measure.h"
-#include "Tests/Support/StubBluetooth.h"
+#include "Tests/Support/PlayedAid.h"
 
 #include <unordered_map>
 
@@ -8,8 +8,8 @@ namespace aurisk::benchmarks {
 
 namespace {
 
-using tests::StubPeripheral;
-using tests::StubRadio;
+using tests::PlayedAid;
+using tests::PlayedRadio;
 
 constexpr std::size_t deviceCount = 10'000;
 constexpr int batch = deviceCount;
@@ -40,7 +40,7 @@ public:
             CBUUID::Bytes identifier{ 0x5A };
             identifier[14] = std::uint8_t(i >> 8);
             identifier[15] = std::uint8_t(i & 0xFF);
-            peripherals.push_back(StubPeripheral::create(CBUUID(identifier), "Crowd-L"));
+            peripherals.push_back(PlayedAid::create(CBUUID(identifier), "Crowd-L"));
         }
         advertisement.manufacturerData = Data{ company, company, 0x0A, 0x1B, 0x2C, 0x3D, 0x4E, 0x5F, 0x08, 0x06 };
         advertisement.localName = "Crowd-L";
@@ -48,15 +48,15 @@ public:
     }
 
     /// The next device, in an order that no cache likes.
-    const std::shared_ptr<StubPeripheral>& next()
+    const std::shared_ptr<PlayedAid>& next()
     {
         _last = (_last + 7919) % deviceCount;
         return peripherals[_last];
     }
 
-    std::vector<std::shared_ptr<StubPeripheral>> peripherals;
+    std::vector<std::shared_ptr<PlayedAid>> peripherals;
     CBAdvertisementData advertisement;
-    StubRadio radio;
+    PlayedRadio radio;
     std::shared_ptr<CountingDelegate> delegate = std::make_shared<CountingDelegate>();
 
 private:
@@ -66,7 +66,7 @@ private:
 /// What any table of devices has to do: find the one with this identifier, and keep the bytes.
 class PlainTable {
 public:
-    void take(const StubPeripheral& peripheral, const Data& mfgData)
+    void take(const PlayedAid& peripheral, const Data& mfgData)
     {
         _bytes[peripheral.identifier().uuidString()] = mfgData;
     }

@@ -1,6 +1,6 @@
 #include "AuriskSDK/Platform/Manual/ManualDispatchQueue.h"
 #include "Benchmarks/Measure.h"
-#include "Tests/Support/StubBluetooth.h"
+#include "Tests/Support/PlayedAid.h"
 
 namespace aurisk::benchmarks {
 
@@ -15,14 +15,14 @@ void memoryOfAConnectedAccessory(benchmark::State& state)
     const ScopedMainQueue scope(queue);
     double perAccessory = 0;
     for (auto _ : state) {
-        std::vector<std::shared_ptr<tests::StubPeripheral>> peripherals;
+        std::vector<std::shared_ptr<tests::PlayedAid>> peripherals;
         for (std::size_t i = 0; i < count; ++i)
-            peripherals.push_back(tests::StubPeripheral::create(CBUUID(static_cast<std::uint16_t>(i)), "X1-L"));
+            peripherals.push_back(tests::PlayedAid::create(CBUUID(static_cast<std::uint16_t>(i)), "X1-L"));
         CBAdvertisementData advertisement;
         advertisement.manufacturerData = Data{ 0xFE, 0xFE, 0x0A, 0x1B, 0x2C, 0x3D, 0x4E, 0x5F, 0x08, 0x06 };
 
         const auto before = heapInUse();
-        tests::StubRadio radio;
+        tests::PlayedRadio radio;
         for (std::size_t i = 0; i < count; ++i) {
             radio.hear(peripherals[i], advertisement);
             radio.connect(peripherals[i], *radio.manager->accessories().at(i));

@@ -1,6 +1,6 @@
 #include "AuriskSDK/Platform/Manual/ManualDispatchQueue.h"
 #include "Benchmarks/Measure.h"
-#include "Tests/Support/StubBluetooth.h"
+#include "Tests/Support/PlayedAid.h"
 
 #include <cmath>
 
@@ -24,16 +24,19 @@ public:
 
         // Program 0 has the volume 7.
         const Data reply{ 0x00, 0xFE, 0x68, 0x91, 0x03, 0x01, 0x04, 0x07, 0x08, 0x16 };
-        _peripheral->onWrite = [this, &queue, reply](DataView) {
-            queue.async([this, reply] { _peripheral->notify(_peripheral->replies, reply); });
+        _peripheral->onWrite = [weak = _peripheral->weak_from_this(), &queue, reply](DataView) {
+            queue.async([weak, reply] {
+                if (const auto peripheral = weak.lock())
+                    peripheral->notify(peripheral->replies, reply);
+            });
         };
     }
 
     std::shared_ptr<AuriskAccessory> accessory;
 
 private:
-    std::shared_ptr<tests::StubPeripheral> _peripheral = tests::StubPeripheral::create(CBUUID(0x0001), "X1-L");
-    tests::StubRadio _radio;
+    std::shared_ptr<tests::PlayedAid> _peripheral = tests::PlayedAid::create(CBUUID(0x0001), "X1-L");
+    tests::PlayedRadio _radio;
 };
 
 /// The work that a request needs of any queue: the pause, the reply, its delivery, and the time limit.

@@ -2,7 +2,7 @@
 #include "Fuzz/FuzzTargets.h"
 #include "Fuzz/InputReader.h"
 #include "Fuzz/SecondDecoder.h"
-#include "Tests/Support/StubBluetooth.h"
+#include "Tests/Support/PlayedAid.h"
 
 #include <array>
 
@@ -172,15 +172,18 @@ private:
     {
         const auto index = _completions.size();
         _completions.push_back(0);
-        _accessory->request(request, [this, index, connection = _connection](const AuriskResult& result) {
-            ++_completions[index];
-            if (connection == _connection && _accessory->state() == AccessoryState::connected)
-                completed(result);
-        });
+        _accessory->request(
+            request, [weak = weak_from_this(), index, connection = _connection](const AuriskResult& result) {
+                if (const auto self = weak.lock())
+                    self->completed(index, connection, result);
+            });
     }
 
-    void completed(const AuriskResult& result)
+    void completed(std::size_t index, int connection, const AuriskResult& result)
     {
+        ++_completions[index];
+        if (connection != _connection || _accessory->state() != AccessoryState::connected)
+            return;
         const auto* error = result.error();
         const bool isTimeOut = error && error->as<AuriskResultError::timeout>();
         require(isTimeOut == (_queue.now() - _sentAt >= timeLimit), "a time-out came too early, or a reply too late");
@@ -217,8 +220,8 @@ private:
 
     ManualDispatchQueue _queue;
     ScopedMainQueue _scope{ _queue };
-    tests::StubRadio _radio;
-    std::shared_ptr<tests::StubPeripheral> _peripheral = tests::StubPeripheral::create(CBUUID(0x0001), "X1-L");
+    tests::PlayedRadio _radio;
+    std::shared_ptr<tests::PlayedAid> _peripheral = tests::PlayedAid::create(CBUUID(0x0001), "X1-L");
     std::shared_ptr<AuriskAccessory> _accessory;
     Cache _expected;
     std::optional<AuriskRequest> _inFlight; ///< sent in this connection, and not yet completed

@@ -1,7 +1,7 @@
 #include "AuriskSDK/Platform/Manual/ManualDispatchQueue.h"
 #include "Fuzz/FuzzTargets.h"
 #include "Fuzz/InputReader.h"
-#include "Tests/Support/StubBluetooth.h"
+#include "Tests/Support/PlayedAid.h"
 
 #include <array>
 #include <cstdio>
@@ -54,10 +54,10 @@ void advertisement(DataView input)
     const ScopedContainPolicy contain;
     ManualDispatchQueue queue;
     const ScopedMainQueue scope(queue);
-    tests::StubRadio radio;
+    tests::PlayedRadio radio;
     InputReader reader(input);
     const std::string name = names[reader.byte() % names.size()];
-    const auto peripheral = tests::StubPeripheral::create(CBUUID(0x0001), name);
+    const auto peripheral = tests::PlayedAid::create(CBUUID(0x0001), name);
 
     std::string_view chosen; // empty until the device has been adopted
     while (!reader.isEmpty()) {

@@ -79,12 +79,11 @@ Response auxiliaryReply(const AuriskRawData& frame)
 
 Response notification(const AuriskRawData& frame)
 {
-    Data volumes{ *frame.di1 };
-    volumes.insert(volumes.end(), frame.data->begin(), frame.data->end());
     const int program = *frame.di0;
     if (program == 0)
         throw Stop();
-    return Response::didNotify{ .program = program - 1, .volume = at(volumes, std::size_t(program - 1)) };
+    const int volume = program == 1 ? *frame.di1 : at(*frame.data, std::size_t(program - 2));
+    return Response::didNotify{ .program = program - 1, .volume = volume };
 }
 
 AuriskResult resultOf(const AuriskRawData& frame)
@@ -131,7 +130,10 @@ SecondDecoding decodeAgain(DataView received)
 
 Data frameAround(std::uint8_t command, DataView body)
 {
-    Data value{ 0x00, 0xFE, 0x68, command, std::uint8_t(body.size()) };
+    Data value;
+    value.reserve(body.size() + 7);
+    for (const auto byte : { 0x00, 0xFE, 0x68, int(command), int(body.size()) })
+        value.push_back(std::uint8_t(byte));
     value.insert(value.end(), body.begin(), body.end());
     value.push_back(sumOf(DataView(value).subspan(2)));
     value.push_back(0x16);

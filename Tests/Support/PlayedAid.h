@@ -15,7 +15,7 @@
 namespace aurisk::tests {
 
 /// A radio that is on and does nothing.
-class StubCentral final : public CBCentralManager {
+class PlayedCentral final : public CBCentralManager {
 public:
     CBManagerState state() const override { return CBManagerState::poweredOn; }
     void scanForPeripherals(const CBScanOptions&) override { }
@@ -24,7 +24,7 @@ public:
     void cancelPeripheralConnection(const std::shared_ptr<CBPeripheral>&) override { }
 };
 
-class StubPlatform final : public BluetoothPlatform {
+class PlayedPlatform final : public BluetoothPlatform {
 public:
     std::shared_ptr<CBCentralManager> makeCentralManager(
         std::weak_ptr<CBCentralManagerDelegate>, const CBCentralManagerOptions&) override
@@ -32,22 +32,22 @@ public:
         return central;
     }
 
-    std::shared_ptr<StubCentral> central = std::make_shared<StubCentral>();
+    std::shared_ptr<PlayedCentral> central = std::make_shared<PlayedCentral>();
 };
 
 /// A hearing aid's GATT table. What is written to it goes to `onWrite`, which answers later, by `notify`.
-class StubPeripheral final : public CBPeripheral, public std::enable_shared_from_this<StubPeripheral> {
+class PlayedAid final : public CBPeripheral, public std::enable_shared_from_this<PlayedAid> {
 public:
-    static std::shared_ptr<StubPeripheral> create(CBUUID identifier, std::string name)
+    static std::shared_ptr<PlayedAid> create(CBUUID identifier, std::string name)
     {
         using Properties = CBCharacteristicProperties;
-        auto made = std::make_shared<StubPeripheral>(identifier, std::move(name));
+        auto made = std::make_shared<PlayedAid>(identifier, std::move(name));
         made->writes = made->add(0xAE30, 0xAE01, Properties::writeWithoutResponse);
         made->replies = made->add(0xAE30, 0xAE02, Properties::notify);
         made->battery = made->add(0x180F, 0x2A19, Properties::read | Properties::notify);
         return made;
     }
-    StubPeripheral(CBUUID identifier, std::string name)
+    PlayedAid(CBUUID identifier, std::string name)
         : _identifier(identifier)
         , _name(std::move(name))
     {
@@ -122,37 +122,33 @@ private:
 };
 
 /// A manager on a radio that is on.
-class StubRadio {
-public:
-    StubRadio() { manager->centralManagerDidUpdateState(*_platform->central); }
+struct PlayedRadio {
+    PlayedRadio() { manager->centralManagerDidUpdateState(*platform->central); }
 
-    void hear(const std::shared_ptr<StubPeripheral>& peripheral, const CBAdvertisementData& advertisement)
+    void hear(const std::shared_ptr<PlayedAid>& peripheral, const CBAdvertisementData& advertisement)
     {
-        manager->centralManagerDidDiscover(*_platform->central, peripheral, advertisement, -60);
+        manager->centralManagerDidDiscover(*platform->central, peripheral, advertisement, -60);
     }
 
     /// Makes an accessory that has been heard connect, up to where requests are answered.
-    void connect(const std::shared_ptr<StubPeripheral>& peripheral, Accessory& accessory,
+    void connect(const std::shared_ptr<PlayedAid>& peripheral, Accessory& accessory,
         std::weak_ptr<AccessoryDelegate> delegate = {})
     {
         accessory.connect(std::move(delegate), std::nullopt);
-        manager->centralManagerDidConnect(*_platform->central, peripheral);
+        manager->centralManagerDidConnect(*platform->central, peripheral);
         peripheral->connected();
     }
 
     /// The link to `peripheral` goes, as if the device had walked out of range.
-    void loseLink(const std::shared_ptr<StubPeripheral>& peripheral)
+    void loseLink(const std::shared_ptr<PlayedAid>& peripheral)
     {
         peripheral->isConnected = false;
-        const BluetoothError error{ .domain = "stub", .code = 1, .localizedDescription = "The link has gone." };
-        manager->centralManagerDidDisconnectPeripheral(*_platform->central, peripheral, error);
+        const BluetoothError error{ .domain = "played", .code = 1, .localizedDescription = "The link has gone." };
+        manager->centralManagerDidDisconnectPeripheral(*platform->central, peripheral, error);
     }
 
-private:
-    std::shared_ptr<StubPlatform> _platform = std::make_shared<StubPlatform>();
-
-public:
-    const std::shared_ptr<AccessoryManager> manager = AccessoryManager::create(_platform);
+    std::shared_ptr<PlayedPlatform> platform = std::make_shared<PlayedPlatform>();
+    std::shared_ptr<AccessoryManager> manager = AccessoryManager::create(platform);
 };
 
 } // namespace aurisk::tests
