@@ -20,7 +20,7 @@ struct FirstProgram : AccessoryManagerScanningDelegate, AccessoryDelegate, std::
     }
     void accessoryManagerIsScanning(Ref<AccessoryManager>, bool) override { }
     void accessoryManagerDidUpdate(Ref<AccessoryManager>, Ref<Accessory>, std::optional<int>) override { }
-    void deviceDidUpdateState(Ref<Accessory>, AccessoryState) override { }
+    void deviceDidUpdate(Ref<Accessory>, AccessoryState) override { }
     void deviceDidConnect(Ref<Accessory>, const MaybeError&) override { }
     void deviceDidDisconnect(Ref<Accessory>, const MaybeError&) override { }
     void deviceDidFailToConnect(Ref<Accessory>, const MaybeError&) override { }

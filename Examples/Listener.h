@@ -42,10 +42,7 @@ public:
     {
     }
 
-    void deviceDidUpdateState(Ref<aurisk::Accessory>, aurisk::AccessoryState state) override
-    {
-        pass(reports.state, state);
-    }
+    void deviceDidUpdate(Ref<aurisk::Accessory>, aurisk::AccessoryState state) override { pass(reports.state, state); }
     void deviceDidDiscoverServices(
         Ref<aurisk::Accessory>, const std::vector<std::shared_ptr<aurisk::AccessoryService>>& services) override
     {

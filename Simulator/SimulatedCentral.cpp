@@ -97,13 +97,25 @@ void SimulatedCentral::hear(std::size_t index)
 void SimulatedCentral::connectPeripheral(const std::shared_ptr<CBPeripheral>& peripheral)
 {
     const auto one = mine(peripheral);
-    if (!one || !one->beginConnecting())
+    if (!one)
+        return refuseForeign(peripheral);
+    if (!one->beginConnecting())
         return;
     if (_air->isOn() && _state == CBManagerState::poweredOn)
         return one->link()->connect(one);
     _air->queue.async([weak = std::weak_ptr(one)] {
         if (const auto alive = weak.lock())
             alive->linkDidEnd(radioIsOff());
+    });
+}
+
+void SimulatedCentral::refuseForeign(const std::shared_ptr<CBPeripheral>& peripheral)
+{
+    _air->queue.async([weak = weak_from_this(), peripheral] {
+        if (const auto self = weak.lock())
+            self->tell(&CBCentralManagerDelegate::centralManagerDidFailToConnect, peripheral,
+                MaybeError(
+                    simulatedError(SimulatedErrorCode::foreignPeripheral, "Another central found this peripheral.")));
     });
 }
 

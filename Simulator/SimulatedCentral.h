@@ -132,6 +132,7 @@ private:
     void listen();
     void scheduleAdvertisement(std::size_t index, Seconds delay);
     void hear(std::size_t index);
+    void refuseForeign(const std::shared_ptr<CBPeripheral>& peripheral);
     std::shared_ptr<SimulatedPeripheral> mine(const std::shared_ptr<CBPeripheral>& peripheral) const;
 
     std::shared_ptr<SimulatedAir> _air;

@@ -29,6 +29,7 @@ enum class SimulatedErrorCode : int {
     requestRefused = 4,
     notPermitted = 5,
     tooLong = 6,
+    foreignPeripheral = 7,
 };
 
 /// An error of this radio, with a sentence for a person.

@@ -19,9 +19,8 @@ bool isAuriskDevice(DataView mfgData, const CBPeripheral& peripheral)
     return name.ends_with("-L") || name.ends_with("-R");
 }
 
-} // namespace
-
-std::shared_ptr<Accessory> DefaultAccesorySelector::select(
+/// The accessory of the class that the data asks for, or none.
+std::shared_ptr<Accessory> accessoryFor(
     const std::shared_ptr<CBPeripheral>& peripheral, DataView mfgData, const std::shared_ptr<AccessoryManager>& manager)
 {
     precondition(mfgData.size() >= 2, "manufacturer data of {} byte(s) has no company identifier", mfgData.size());
@@ -38,6 +37,14 @@ std::shared_ptr<Accessory> DefaultAccesorySelector::select(
     case AuriskChip::unassigned: return AuriskAccessory::create(peripheral, mfgData, manager);
     }
     return nullptr;
+}
+
+} // namespace
+
+std::shared_ptr<Accessory> DefaultAccesorySelector::select(
+    const std::shared_ptr<CBPeripheral>& peripheral, DataView mfgData, const std::shared_ptr<AccessoryManager>& manager)
+{
+    return decodeFromDevice("advertisement", [&] { return accessoryFor(peripheral, mfgData, manager); });
 }
 
 } // namespace aurisk

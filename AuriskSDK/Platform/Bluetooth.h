@@ -261,8 +261,9 @@ public:
     virtual void scanForPeripherals(const CBScanOptions& options) = 0;
     virtual void stopScan() = 0;
 
-    /// Tries to connect until it succeeds, fails or is cancelled; fails where the radio is not powered on. Nothing for
-    /// a peripheral that is connecting or connected.
+    /// Tries to connect until it succeeds, fails or is cancelled; fails where the radio is not powered on, and for a
+    /// peripheral that another central found. Nothing for one that is connecting or connected; for one that is
+    /// disconnecting it begins once the link has gone.
     virtual void connectPeripheral(const std::shared_ptr<CBPeripheral>& peripheral) = 0;
 
     /// Ends a connection, or an attempt at one; either is reported as a disconnection without error.

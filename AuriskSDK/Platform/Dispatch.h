@@ -17,7 +17,7 @@ using Seconds = std::chrono::duration<double>;
 using Work = std::function<void()>;
 
 /// A delay as queues count it: none where it is below zero, and some decades where it is too long for any clock.
-inline Seconds countable(Seconds delay) { return std::clamp(delay, Seconds(0), Seconds(1e9)); }
+inline Seconds countable(Seconds delay) { return delay > Seconds(0) ? std::min(delay, Seconds(1e9)) : Seconds(0); }
 
 /// A serial queue: work runs one piece at a time, in the order in which it became due, and never inside the call that
 /// scheduled it.

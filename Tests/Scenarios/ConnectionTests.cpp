@@ -236,6 +236,78 @@ TEST_F(Connection, HoldsItsDelegateWeaklyAndCanChangeIt)
     EXPECT_THAT(app->take(), ElementsAre("state disconnected", "did disconnect with an error"));
 }
 
+TEST_F(Connection, EndsOnceForEveryAccessoryWhenTheRadioIsAskedForAnew)
+{
+    struct Eager final : AccessoryManagerStatusDelegate {
+        void accessoryManagerIsAvailable(const std::shared_ptr<AccessoryManager>& its, bool isAvailable) override
+        {
+            if (!isAvailable)
+                its->openBluetooth(); // before the old radio has said what became of its links
+        }
+    };
+    const auto eager = std::make_shared<Eager>();
+    givenAConnectedAid();
+    manager->setStatusDelegate(eager);
+    simulator->radio().setState(CBManagerState::poweredOff);
+    after(1s);
+    EXPECT_THAT(app->take(), ElementsAre("state disconnected", "did disconnect"));
+    EXPECT_TRUE(manager->isAvailable());
+
+    EXPECT_TRUE(accessory->connect(app, "left")); // not heard since: the new radio does not know it
+    after(1s);
+    EXPECT_THAT(
+        app->take(), ElementsAre("state connecting", "state disconnected", "did fail to connect with an error"));
+    manager->startScan(1s);
+    after(2s);
+    EXPECT_TRUE(accessory->connect(app, "left"));
+    after(1s);
+    EXPECT_EQ(accessory->state(), AccessoryState::connected);
+}
+
+/// The application lets go of everything inside each callback in turn; the sanitizers see to the rest.
+TEST_F(Connection, OutlivesAnApplicationThatLetsGoOfItInsideAnyCallback)
+{
+    struct Careless final : AccessoryDelegate {
+        explicit Careless(std::function<void()> let)
+            : letGo(std::move(let))
+        {
+        }
+        void deviceDidUpdate(const std::shared_ptr<Accessory>&, AccessoryState) override { letGo(); }
+        void deviceDidDiscoverServices(
+            const std::shared_ptr<Accessory>&, const std::vector<std::shared_ptr<AccessoryService>>&) override
+        {
+            letGo();
+        }
+        void deviceDidConnect(const std::shared_ptr<Accessory>&, const MaybeError&) override { letGo(); }
+        void deviceDidDisconnect(const std::shared_ptr<Accessory>&, const MaybeError&) override { letGo(); }
+        void deviceDidFailToConnect(const std::shared_ptr<Accessory>&, const MaybeError&) override { letGo(); }
+        std::function<void()> letGo;
+    };
+    for (int which = 1; which <= 8; ++which)
+        for (const bool isManagerDropped : { false, true }) {
+            simulator = Simulator::create(world());
+            manager = AccessoryManager::create(simulator->platform());
+            givenAFoundAid();
+            int heard = 0;
+            const auto careless = std::make_shared<Careless>([&] {
+                if (++heard != which)
+                    return;
+                manager->clearAccessories([](const auto&, const auto&) { return true; });
+                if (isManagerDropped)
+                    manager.reset();
+                accessory.reset();
+            });
+            auto* const raw = accessory.get(); // whose reference may go inside the call
+            raw->connect(careless, 5s, "left");
+            after(1s);
+            if (accessory)
+                accessory->disconnect();
+            after(1s);
+            if (accessory)
+                raw->disconnect();
+        }
+}
+
 TEST_F(Connection, MayBeEndedByTheApplicationInsideAnyOfItsCallbacks)
 {
     givenAFoundAid();

@@ -9,29 +9,10 @@ protected:
     /// One advertisement with the aid's name, said to the manager as a radio would.
     void advertise(const std::shared_ptr<CBPeripheral>& peripheral, CBAdvertisementData data)
     {
-        manager->centralManagerDidDiscover(*central, peripheral, data, -60);
+        manager->centralManagerDidDiscover(*platform->central.lock(), peripheral, data, -60);
     }
 
     static inline const Data aidData{ 0xFE, 0xFE, 0x0A, 0x1B, 0x2C, 0x3D, 0x4E, 0x5F, 0x08, 0x06 };
-
-    struct NoDelegate final : CBCentralManagerDelegate {
-        void centralManagerDidUpdateState(CBCentralManager&) override { }
-        void centralManagerDidDiscover(CBCentralManager&, const std::shared_ptr<CBPeripheral>&,
-            const CBAdvertisementData&, std::optional<int>) override
-        {
-        }
-        void centralManagerDidConnect(CBCentralManager&, const std::shared_ptr<CBPeripheral>&) override { }
-        void centralManagerDidDisconnectPeripheral(
-            CBCentralManager&, const std::shared_ptr<CBPeripheral>&, const MaybeError&) override
-        {
-        }
-        void centralManagerDidFailToConnect(
-            CBCentralManager&, const std::shared_ptr<CBPeripheral>&, const MaybeError&) override
-        {
-        }
-    };
-    std::shared_ptr<CBCentralManager> central
-        = simulator->platform()->makeCentralManager(std::make_shared<NoDelegate>(), {});
 };
 
 TEST_F(Scan, AskedForWhileTheRadioIsOffBeginsOnceWithItsLimitWhenTheRadioComesOn)
@@ -48,6 +29,11 @@ TEST_F(Scan, AskedForWhileTheRadioIsOffBeginsOnceWithItsLimitWhenTheRadioComesOn
     EXPECT_THAT(app->take(), ElementsAre("available", "scanning", "discovered X1-L"));
     after(0.2s);
     EXPECT_THAT(app->take(), ElementsAre("not scanning"));
+
+    simulator->radio().setState(CBManagerState::poweredOff);
+    simulator->radio().setState(CBManagerState::poweredOn);
+    after(10s);
+    EXPECT_THAT(app->take(), ElementsAre("unavailable", "available")); // it was asked for once
 }
 
 TEST_F(Scan, OfADurationDuringAnUnlimitedOneOnlyChangesTheDuration)
@@ -242,6 +228,24 @@ TEST_F(Scan, LetsTheApplicationChooseWhatBecomesAnAccessory)
     ASSERT_EQ(manager->accessories().size(), 1U);
     EXPECT_EQ(manager->accessories().front()->className(), "Accessory");
     EXPECT_EQ(manager->accessories().front()->name(), "a lamp");
+    advertise(std::make_shared<StubPeripheral>(std::uint8_t(2), std::nullopt), { .manufacturerData = Data{} });
+    EXPECT_EQ(manager->accessories().size(), 1U); // what has no name is not even offered
+}
+
+TEST_F(Scan, AsksASelectorThatReplacesItself)
+{
+    struct OneShot final : AccessorySelectorDelegate {
+        std::shared_ptr<Accessory> select(const std::shared_ptr<CBPeripheral>& peripheral, DataView mfgData,
+            const std::shared_ptr<AccessoryManager>& its) override
+        {
+            its->setAccessorySelectorDelegate(nullptr);
+            return Accessory::create(peripheral, mfgData, its);
+        }
+    };
+    manager->setAccessorySelectorDelegate(std::make_shared<OneShot>());
+    advertise(std::make_shared<StubPeripheral>(std::uint8_t(1), "one"), { .manufacturerData = Data{} });
+    advertise(std::make_shared<StubPeripheral>(std::uint8_t(2), "two"), { .manufacturerData = Data{} });
+    EXPECT_EQ(manager->accessories().size(), 1U);
 }
 
 TEST_F(Scan, WithoutARadioWaits)

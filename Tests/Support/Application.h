@@ -55,7 +55,7 @@ public:
         ++updates;
     }
 
-    void deviceDidUpdateState(const std::shared_ptr<Accessory>&, AccessoryState state) override
+    void deviceDidUpdate(const std::shared_ptr<Accessory>&, AccessoryState state) override
     {
         static const Lines names = { "disconnected", "disconnecting", "connecting", "connected" };
         hear("state " + names.at(static_cast<std::size_t>(state)));

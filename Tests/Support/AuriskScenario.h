@@ -16,6 +16,27 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Kind = Fault::Kind;
 
+/// Passes on a platform, and knows the central that it made last.
+class WatchedPlatform final : public BluetoothPlatform {
+public:
+    explicit WatchedPlatform(std::shared_ptr<BluetoothPlatform> platform)
+        : _platform(std::move(platform))
+    {
+    }
+    std::shared_ptr<CBCentralManager> makeCentralManager(
+        std::weak_ptr<CBCentralManagerDelegate> delegate, const CBCentralManagerOptions& options) override
+    {
+        auto made = _platform->makeCentralManager(std::move(delegate), options);
+        central = made;
+        return made;
+    }
+
+    std::weak_ptr<CBCentralManager> central;
+
+private:
+    std::shared_ptr<BluetoothPlatform> _platform;
+};
+
 /// An application, a radio and one A16 hearing aid, "X1-L", in virtual time. The link takes 5 ms each way.
 class AuriskScenario : public testing::Test {
 protected:
@@ -93,7 +114,8 @@ protected:
     ScopedMainQueue main{ queue };
     std::shared_ptr<Simulator> simulator = Simulator::create(world());
     std::shared_ptr<Application> app = std::make_shared<Application>();
-    std::shared_ptr<AccessoryManager> manager = AccessoryManager::create(simulator->platform());
+    std::shared_ptr<WatchedPlatform> platform = std::make_shared<WatchedPlatform>(simulator->platform());
+    std::shared_ptr<AccessoryManager> manager = AccessoryManager::create(platform);
     std::shared_ptr<AuriskAccessory> accessory;
 };
 

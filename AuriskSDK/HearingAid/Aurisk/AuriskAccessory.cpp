@@ -79,6 +79,7 @@ void AuriskAccessory::request(const AuriskRequest& request, Complete complete)
 
 void AuriskAccessory::request(const std::vector<AuriskRequest>& requests, std::function<void()> complete)
 {
+    expectMainQueue();
     const auto group = std::make_shared<DispatchGroup>();
     for (const auto& each : requests) {
         group->enter();

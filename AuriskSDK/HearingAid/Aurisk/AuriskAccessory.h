@@ -24,7 +24,7 @@ struct AuriskManuData;
 /// Hears what one Aurisk hearing aid does, beside its connection. Called on the main queue.
 class AuriskAccessoryDelegate : public virtual AccessoryDelegate {
 public:
-    /// A request's frame has been handed to the radio.
+    /// A request's turn has come: its frame has been handed to the radio, if there still is a link to carry it.
     virtual void didSendRequest(const std::shared_ptr<AuriskAccessory>& accessory, const AuriskRequest& request) = 0;
     /// `bat`: percent.
     virtual void batteryDidChanged(const std::shared_ptr<AuriskAccessory>& accessory, int bat) = 0;
@@ -68,7 +68,10 @@ public:
     // What is known of the device's state. None, or absent: not known yet.
     std::optional<int> bat() const { return _bat; } ///< percent
     std::optional<int> program() const { return _program; } ///< the current one
-    const std::map<int, int>& volumeDic() const { return _volumeDic; } ///< by program; 0 to 15
+    const std::map<int, int>& volumeDic() const
+    {
+        return _volumeDic;
+    } ///< by program; 0 to 15 on a device that keeps to the protocol
     std::optional<int> volume() const; ///< of the current program
     const std::map<int, AuriskDsp>& dspDic() const { return _dspDic; } ///< by program
     std::optional<AuriskDsp> dsp() const; ///< of the current program
@@ -84,8 +87,9 @@ public:
 
     /// Sends one request; requests are sent one after another. `complete`, which may be empty, is called once with the
     /// outcome: at once with `disconnected` where the accessory is not connected, with `timeout` where no reply comes
-    /// within 3 s of the sending. Before the services have been discovered (deviceDidDiscoverServices) nothing is sent
-    /// and nobody is called. A value that does not fit its place in the frame is a broken precondition, at the sending.
+    /// within 3 s of the sending. Before the first discovery of its services (deviceDidDiscoverServices) nothing is
+    /// sent and nobody is called; before that of a later connection it ends with `timeout`. A value that does not fit
+    /// its place in the frame is a broken precondition, at the sending.
     virtual void request(const AuriskRequest& request, Complete complete = {});
 
     /// Sends all `requests`, and calls `complete` once when every one has completed, successfully or not.

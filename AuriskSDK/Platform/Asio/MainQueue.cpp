@@ -50,7 +50,10 @@ public:
     }
 
     Seconds now() const override { return Clock::now().time_since_epoch(); }
-    bool isCurrent() const override { return std::this_thread::get_id() == _thread; }
+    bool isCurrent() const override
+    {
+        return std::this_thread::get_id() == _thread || _context.get_executor().running_in_this_thread();
+    }
 
     asio::io_context& context() { return _context; }
 
@@ -58,15 +61,16 @@ public:
     {
         _thread = std::this_thread::get_id();
         const auto guard = asio::make_work_guard(_context);
-        _context.restart();
         _context.run();
+        _context.restart(); // for the next time; a stop that came before this one counted
     }
 
     std::size_t pollHere()
     {
         _thread = std::this_thread::get_id();
+        const auto count = _context.poll();
         _context.restart();
-        return _context.poll();
+        return count;
     }
 
 private:

@@ -17,11 +17,11 @@ namespace aurisk {
 /// Runs the main queue on this thread until `stopMainQueue()`, waiting while there is nothing to do.
 void runMainQueue();
 
-/// Runs what is due, without waiting. Returns how many pieces of work ran.
+/// Runs what is due, without waiting. Returns 0 where nothing was, and otherwise how much the loop had to do.
 std::size_t pollMainQueue();
 
-/// Makes `runMainQueue()` return after the work under way. What still waits stays, and runs when the queue is run
-/// again.
+/// Makes `runMainQueue()` return after the work under way, or at once where it has not begun yet. What still waits
+/// stays, and runs when the queue is run again.
 void stopMainQueue();
 
 /// Puts the main queue on `context`, which has to outlive every use of it. Called once, before the first use of the

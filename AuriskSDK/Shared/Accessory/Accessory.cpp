@@ -39,6 +39,7 @@ std::shared_ptr<AccessoryManager> Accessory::availableManager() const
 bool Accessory::connect(std::weak_ptr<AccessoryDelegate> delegate, std::optional<std::string> tag)
 {
     expectMainQueue();
+    const auto self = shared_from_this(); // a delegate may let go of the last reference from outside
     const auto manager = availableManager();
     if (!manager) {
         log("bluetooth manager is unavailable");
@@ -56,10 +57,11 @@ bool Accessory::connect(std::weak_ptr<AccessoryDelegate> delegate, std::optional
 
 bool Accessory::connect(std::weak_ptr<AccessoryDelegate> delegate, Seconds duration, std::optional<std::string> tag)
 {
+    const auto self = shared_from_this();
     if (!connect(std::move(delegate), std::move(tag)))
         return false;
     if (duration > Seconds(0))
-        DispatchQueue::main().asyncAfter(duration, [self = shared_from_this()] {
+        DispatchQueue::main().asyncAfter(duration, [self] {
             if (self->_state != AccessoryState::connected)
                 self->didFailToConnect(std::nullopt);
         });
@@ -69,6 +71,7 @@ bool Accessory::connect(std::weak_ptr<AccessoryDelegate> delegate, Seconds durat
 bool Accessory::disconnect()
 {
     expectMainQueue();
+    const auto self = shared_from_this();
     const auto manager = availableManager();
     if (!manager) {
         didDisconnect(std::nullopt);
@@ -87,7 +90,7 @@ void Accessory::setState(AccessoryState state)
 {
     _state = state;
     if (const auto delegate = _delegate.lock())
-        delegate->deviceDidUpdateState(shared_from_this(), state);
+        delegate->deviceDidUpdate(shared_from_this(), state);
 }
 
 void Accessory::updateManufacturerData(std::shared_ptr<CBPeripheral> peripheral, DataView mfgData)

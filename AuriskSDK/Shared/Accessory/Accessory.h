@@ -29,7 +29,7 @@ class AccessoryDelegate {
 public:
     virtual ~AccessoryDelegate() = default;
 
-    virtual void deviceDidUpdateState(const std::shared_ptr<Accessory>& accessory, AccessoryState state) = 0;
+    virtual void deviceDidUpdate(const std::shared_ptr<Accessory>& accessory, AccessoryState state) = 0;
     /// From here on requests can be made; those made earlier in this connection may be lost.
     virtual void deviceDidDiscoverServices(
         const std::shared_ptr<Accessory>& accessory, const std::vector<std::shared_ptr<AccessoryService>>& services)
@@ -107,8 +107,11 @@ public:
     /// empty one.
     bool connect(std::weak_ptr<AccessoryDelegate> delegate, std::optional<std::string> tag);
 
-    /// The same with a time limit: where the connection is not there after `duration`, the delegate hears
-    /// `deviceDidFailToConnect` without an error. A duration of zero or less is no limit.
+    /// The same with a time limit: where the accessory is not connected `duration` from now, the delegate hears
+    /// `deviceDidFailToConnect` without an error. A duration of zero or less is no limit. The check looks at the state
+    /// alone, deliberately: where the connection has come and gone by then, or another attempt is under way, it fails,
+    /// too. The radio goes on trying after it, and may yet report the connection; `disconnectFromPerpheral` of the
+    /// manager ends that.
     bool connect(std::weak_ptr<AccessoryDelegate> delegate, Seconds duration, std::optional<std::string> tag);
 
     /// Asks the radio to end the connection or the attempt; false where there is neither. Where the manager is gone or

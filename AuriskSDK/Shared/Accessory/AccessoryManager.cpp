@@ -41,6 +41,15 @@ void AccessoryManager::makeCentralManager(const CBCentralManagerOptions& options
         _centralManager = _platform->makeCentralManager(weak_from_this(), options);
 }
 
+std::vector<std::shared_ptr<Accessory>> AccessoryManager::accessories() const
+{
+    std::vector<std::shared_ptr<Accessory>> all;
+    all.reserve(_inOrder.size());
+    for (const auto& [identifier, accessory] : _inOrder)
+        all.push_back(accessory);
+    return all;
+}
+
 CBManagerState AccessoryManager::blueState() const
 {
     return _centralManager ? _centralManager->state() : CBManagerState::unknown;
@@ -51,9 +60,13 @@ void AccessoryManager::openBluetooth()
     expectMainQueue();
     if (blueState() == CBManagerState::poweredOn)
         return;
+    const auto self = shared_from_this();
     makeCentralManager({ .showPowerAlert = true });
     if (_isScanning && _centralManager) // the scan outlasts the central that carried it
         _centralManager->scanForPeripherals({ .allowDuplicates = true });
+    for (const auto& accessory : accessories()) // their links do not, and the old central tells nobody
+        if (accessory->state() != AccessoryState::disconnected)
+            accessory->didDisconnect(std::nullopt);
 }
 
 void AccessoryManager::startScan(Seconds duration)
@@ -67,15 +80,18 @@ void AccessoryManager::startScan(Seconds duration)
     if (_isScanning)
         return;
     _isScanning = true;
+    AuriskLog::log("Scanning started");
+    const auto self = shared_from_this();
+    tellIsScanning();
+    if (!_isScanning)
+        return; // the delegate has stopped it again
     if (_centralManager)
         _centralManager->scanForPeripherals({ .allowDuplicates = true });
     if (_scanningDuration > Seconds(0))
         _timer = DispatchTimer::scheduledTimer(DispatchQueue::main(), _scanningDuration, [weak = weak_from_this()] {
-            if (const auto self = weak.lock())
-                self->stopScan();
+            if (const auto manager = weak.lock())
+                manager->stopScan();
         });
-    AuriskLog::log("Scanning started");
-    tellIsScanning(); // last: the delegate may stop the scan again
 }
 
 void AccessoryManager::stopScan()
@@ -103,12 +119,13 @@ void AccessoryManager::clearAccessories(
 {
     expectMainQueue();
     std::vector<std::string> cleared;
-    for (const auto& accessory : accessories())
-        if (auto identifier = keyOf(*accessory->peripheral()); where(identifier, accessory))
-            cleared.push_back(std::move(identifier));
-    for (const auto& identifier : cleared)
-        if (const auto entry = _accessoryDictionary.extract(identifier))
-            std::erase(_inOrder, entry.mapped());
+    for (const auto& [identifier, accessory] : std::vector(_inOrder))
+        if (where(identifier, accessory))
+            cleared.push_back(identifier);
+    for (const auto& identifier : cleared) {
+        _accessoryDictionary.erase(identifier);
+        std::erase_if(_inOrder, [&](const Entry& entry) { return entry.first == identifier; });
+    }
 }
 
 void AccessoryManager::connectToPeripheral(const std::shared_ptr<CBPeripheral>& peripheral)
@@ -123,8 +140,13 @@ void AccessoryManager::disconnectFromPerpheral(const std::shared_ptr<CBPeriphera
         _centralManager->cancelPeripheralConnection(peripheral);
 }
 
+/// Events that a replaced central still had under way are nobody's.
+bool AccessoryManager::isCurrent(const CBCentralManager& central) const { return &central == _centralManager.get(); }
+
 void AccessoryManager::centralManagerDidUpdateState(CBCentralManager& central)
 {
+    if (!isCurrent(central))
+        return;
     AuriskLog::log(fmt::format("CBManager's state = {}", static_cast<int>(central.state())));
     _isAvailable = central.state() == CBManagerState::poweredOn;
     if (const auto delegate = _statusDelegate.lock())
@@ -136,10 +158,11 @@ void AccessoryManager::centralManagerDidUpdateState(CBCentralManager& central)
         });
 }
 
-void AccessoryManager::centralManagerDidDiscover(CBCentralManager&, const std::shared_ptr<CBPeripheral>& peripheral,
-    const CBAdvertisementData& advertisementData, std::optional<int> rssi)
+void AccessoryManager::centralManagerDidDiscover(CBCentralManager& central,
+    const std::shared_ptr<CBPeripheral>& peripheral, const CBAdvertisementData& advertisementData,
+    std::optional<int> rssi)
 {
-    if (!peripheral->name() || !advertisementData.manufacturerData)
+    if (!isCurrent(central) || !peripheral->name() || !advertisementData.manufacturerData)
         return;
     const auto& mfgData = *advertisementData.manufacturerData;
     auto identifier = keyOf(*peripheral);
@@ -153,44 +176,47 @@ void AccessoryManager::centralManagerDidDiscover(CBCentralManager&, const std::s
         return;
     }
 
-    const auto accessory = decodeFromDevice("advertisement", [&]() -> std::shared_ptr<Accessory> {
-        return _selector ? _selector->select(peripheral, mfgData, shared_from_this()) : nullptr;
-    });
+    const auto selector = _selector; // it may replace itself
+    const auto accessory = selector ? selector->select(peripheral, mfgData, shared_from_this()) : nullptr;
     if (!accessory)
         return;
     accessory->setLocalName(advertisementData.localName);
-    _accessoryDictionary.emplace(std::move(identifier), accessory);
-    _inOrder.push_back(accessory);
+    _accessoryDictionary.emplace(identifier, accessory);
+    _inOrder.emplace_back(std::move(identifier), accessory);
     if (const auto delegate = _scanningDelegate.lock())
         delegate->accessoryManagerDidDiscover(shared_from_this(), accessory, rssi);
     AuriskLog::log("did discovery device: " + accessory->description() + ", " + accessory->name() + "\n");
 }
 
-std::shared_ptr<Accessory> AccessoryManager::accessoryFor(const CBPeripheral& peripheral) const
+std::shared_ptr<Accessory> AccessoryManager::accessoryFor(
+    const CBCentralManager& central, const CBPeripheral& peripheral) const
 {
+    if (!isCurrent(central))
+        return nullptr;
     const auto found = _accessoryDictionary.find(keyOf(peripheral));
     return found == _accessoryDictionary.end() ? nullptr : found->second;
 }
 
-void AccessoryManager::centralManagerDidConnect(CBCentralManager&, const std::shared_ptr<CBPeripheral>& peripheral)
+void AccessoryManager::centralManagerDidConnect(
+    CBCentralManager& central, const std::shared_ptr<CBPeripheral>& peripheral)
 {
-    if (const auto accessory = accessoryFor(*peripheral)) {
+    if (const auto accessory = accessoryFor(central, *peripheral)) {
         AuriskLog::log("device is now connected. Device UUID: " + keyOf(*peripheral));
         accessory->didConnect();
     }
 }
 
 void AccessoryManager::centralManagerDidDisconnectPeripheral(
-    CBCentralManager&, const std::shared_ptr<CBPeripheral>& peripheral, const MaybeError& error)
+    CBCentralManager& central, const std::shared_ptr<CBPeripheral>& peripheral, const MaybeError& error)
 {
-    if (const auto accessory = accessoryFor(*peripheral))
+    if (const auto accessory = accessoryFor(central, *peripheral))
         accessory->didDisconnect(error);
 }
 
 void AccessoryManager::centralManagerDidFailToConnect(
-    CBCentralManager&, const std::shared_ptr<CBPeripheral>& peripheral, const MaybeError& error)
+    CBCentralManager& central, const std::shared_ptr<CBPeripheral>& peripheral, const MaybeError& error)
 {
-    if (const auto accessory = accessoryFor(*peripheral))
+    if (const auto accessory = accessoryFor(central, *peripheral))
         accessory->didFailToConnect(error);
 }
 

@@ -63,7 +63,7 @@ public:
     bool hasDiscoveredAccessories() const { return _accessoryDictionary.empty(); }
 
     /// All accessories, in the order of their discovery.
-    std::vector<std::shared_ptr<Accessory>> accessories() const { return _inOrder; }
+    std::vector<std::shared_ptr<Accessory>> accessories() const;
 
     bool isScanning() const { return _isScanning; }
 
@@ -95,7 +95,9 @@ public:
     /// The radio's state; `unknown` without a radio.
     CBManagerState blueState() const;
 
-    /// Asks the platform to switch the radio on; nothing where it is on.
+    /// Asks the platform to switch the radio on; nothing where it is on. The radio is asked for anew: a scan goes on,
+    /// every accessory that is not disconnected is told that it is, and a known accessory can be connected once it has
+    /// been heard again.
     void openBluetooth();
 
     /// Scans until `stopScan`, or for `duration` where that is above zero. While the radio is unavailable the scan
@@ -124,13 +126,15 @@ public:
 
 private:
     void makeCentralManager(const CBCentralManagerOptions& options);
-    std::shared_ptr<Accessory> accessoryFor(const CBPeripheral& peripheral) const;
+    bool isCurrent(const CBCentralManager& central) const;
+    std::shared_ptr<Accessory> accessoryFor(const CBCentralManager& central, const CBPeripheral& peripheral) const;
     void tellIsScanning();
 
     std::shared_ptr<BluetoothPlatform> _platform;
     std::shared_ptr<CBCentralManager> _centralManager;
+    using Entry = std::pair<std::string, std::shared_ptr<Accessory>>;
     std::unordered_map<std::string, std::shared_ptr<Accessory>> _accessoryDictionary; ///< by peripheral identifier
-    std::vector<std::shared_ptr<Accessory>> _inOrder; ///< the same accessories, as they were discovered
+    std::vector<Entry> _inOrder; ///< the same entries, as they were discovered
     std::shared_ptr<DispatchTimer> _timer;
     bool _waitingToScan = false;
     bool _isScanning = false;

@@ -23,7 +23,7 @@ namespace aurisk {
 ///
 /// The handler does not hear of disconnections: waiting requests are still sent in turn, and end by their time-outs.
 /// Scheduled steps hold the handler, so requests complete even after its service has gone. Both T and R need a
-/// `description(value)`. Called on the dispatch queue alone, and calls back there.
+/// `description(value)`. Called on the dispatch queue alone, and calls back there; what it calls must not throw.
 template <typename T, typename R>
 class AccessoryMessageHandler : public std::enable_shared_from_this<AccessoryMessageHandler<T, R>> {
     struct Key {
@@ -57,7 +57,7 @@ public:
         executeNext();
     }
 
-    /// Sends nothing more until `launch`. A request on the air still completes.
+    /// Begins with no further request until `launch`. One that is on its way is still sent, and completes.
     void pause() { _start = false; }
 
     /// Completes every waiting request, the one on the air included, with none, in order, on the queue.
@@ -79,7 +79,8 @@ public:
         executeNext();
     }
 
-    /// The request on its way; none while there is none.
+    /// The first request in the queue while one is on its way, else none. Inside a completion that is the next one
+    /// already.
     std::optional<T> currentValue() const
     {
         const auto head = _messageQueue.front();
@@ -146,7 +147,7 @@ private:
 
     void deliver(const MessageReference& message, const std::optional<R>& result)
     {
-        if (_sending != message) // something else has completed it in the meantime
+        if (_messageQueue.front() != message) // something else has completed it in the meantime
             return;
         _messageQueue.dequeue();
         complete(*message, result);

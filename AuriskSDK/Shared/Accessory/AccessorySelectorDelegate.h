@@ -25,7 +25,8 @@ public:
 /// (The spelling is part of the interface.)
 class DefaultAccesorySelector final : public AccessorySelectorDelegate {
 public:
-    /// Manufacturer data of less than 2 bytes is a broken precondition.
+    /// Manufacturer data of less than 2 bytes is a broken precondition; under PreconditionPolicy::contain it yields
+    /// none.
     std::shared_ptr<Accessory> select(const std::shared_ptr<CBPeripheral>& peripheral, DataView mfgData,
         const std::shared_ptr<AccessoryManager>& manager) override;
 };

@@ -20,19 +20,6 @@ namespace {
 std::atomic<bool> isEnabled = false;
 std::mutex loggerMutex; // the logger is installed on one thread and called on others
 
-struct LevelRow {
-    LogLevel level;
-    std::string_view name;
-};
-constexpr std::array<LevelRow, 6> levels = { {
-    { LogLevel::debug, "D" },
-    { LogLevel::verbose, "V" },
-    { LogLevel::info, "I" },
-    { LogLevel::assert, "A" },
-    { LogLevel::warning, "W" },
-    { LogLevel::error, "E" },
-} };
-
 void writeToStandardOutput(std::string_view text)
 {
     while (!text.empty()) {
@@ -88,22 +75,6 @@ std::string timeStamp()
 }
 
 } // namespace
-
-std::string_view name(LogLevel level)
-{
-    for (const auto& row : levels)
-        if (row.level == level)
-            return row.name;
-    return "";
-}
-
-std::optional<LogLevel> logLevelFromRawValue(int rawValue)
-{
-    for (const auto& row : levels)
-        if (static_cast<int>(row.level) == rawValue)
-            return row.level;
-    return std::nullopt;
-}
 
 std::string LogItem::listed() const
 {

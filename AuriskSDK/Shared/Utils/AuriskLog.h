@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AuriskSDK/Platform/Bluetooth.h"
+#include "AuriskSDK/Shared/Utils/EnumTable.h"
 
 #include <concepts>
 #include <cstdint>
@@ -23,13 +24,20 @@ enum class LogLevel : int {
     error = 20,
 };
 
+template <>
+inline constexpr auto enumCases<LogLevel> = std::to_array<EnumCase<LogLevel>>({
+    { LogLevel::debug, "debug", "D" },
+    { LogLevel::verbose, "verbose", "V" },
+    { LogLevel::info, "info", "I" },
+    { LogLevel::assert, "assert", "A" },
+    { LogLevel::warning, "warning", "W" },
+    { LogLevel::error, "error", "E" },
+});
+
 /// One letter: "D", "V", "I", "A", "W" or "E".
-std::string_view name(LogLevel level);
+constexpr std::string_view name(LogLevel level) { return enumCase(level)->label; }
 
-/// None for a number that is no level's.
-std::optional<LogLevel> logLevelFromRawValue(int rawValue);
-
-/// A host's own logger. Called on whichever thread logs.
+/// A host's own logger. Called on whichever thread logs; it must not log itself.
 class LoggerDelegate {
 public:
     virtual ~LoggerDelegate() = default;

@@ -26,9 +26,11 @@ ScopedContainment::ScopedContainment() { ++containments; }
 
 ScopedContainment::~ScopedContainment() { --containments; }
 
+bool isContained() { return containments > 0; }
+
 void preconditionFailure(std::string_view message)
 {
-    if (containments > 0)
+    if (isContained())
         throw PreconditionStop(std::string(message));
     const auto line = fmt::format("AuriskSDK: broken precondition: {}\n", message);
     [[maybe_unused]] const auto written = ::write(STDERR_FILENO, line.data(), line.size());

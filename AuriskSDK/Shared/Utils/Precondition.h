@@ -51,15 +51,19 @@ inline void expectMainQueue() { }
 void expectMainQueue();
 #endif
 
+/// Whether this thread is inside a ScopedContainment.
+bool isContained();
+
 /// Logs that bytes of a device broke a precondition and are dropped.
 void logContained(std::string_view what, const PreconditionStop& stop);
 
 /// The Bluetooth boundary: runs `decode`, which takes bytes of a device apart and does nothing else. Under
 /// PreconditionPolicy::contain a precondition that breaks in it yields an empty result; under `stop` the process stops.
+/// Inside a ScopedContainment that one hears of it, under either policy.
 /// `decode` returns something whose default value means nothing was decoded.
 template <typename Decode> auto decodeFromDevice(std::string_view what, Decode&& decode) -> decltype(decode())
 {
-    if (preconditionPolicy() == PreconditionPolicy::stop)
+    if (preconditionPolicy() == PreconditionPolicy::stop || isContained())
         return decode();
     try {
         const ScopedContainment containment;

@@ -90,7 +90,7 @@ public:
         return add<AuriskValueObserver<T>>(std::move(action));
     }
 
-    /// Calls `action` at the next setting alone.
+    /// Calls `action` for the next setting, and for those that follow before that call has run.
     void observeOnce(std::function<void(T)> action) { add<AuriskSingleValueObserver<T>>(std::move(action)); }
 
     void notifyAll()

@@ -214,6 +214,19 @@ TEST_F(MessageHandler, MayBeAbortedAndUsedInsideACompletion)
         ElementsAre("100 sent 1", "200 result of 1: 10", "200 result of 2: nil", "300 sent 3", "400 result of 3: 30"));
 }
 
+TEST_F(MessageHandler, KeepsTheNextRequestWhenACompletionRunsTheQueueWithADuplicateWaiting)
+{
+    handler->launch();
+    excute(1);
+    excute(2);
+    after(0.2s);
+    onResult = [this] { queue.runUntilIdle(); };
+    handler->excuted(10);
+    handler->excuted(11);
+    after(10s);
+    EXPECT_THAT(take(), ElementsAre("100 sent 1", "200 result of 1: 10", "300 sent 2", "3300 result of 2: nil"));
+}
+
 TEST_F(MessageHandler, KeepsItsScheduledStepsAliveWhenItsOwnerHasGone)
 {
     handler->launch();

@@ -132,7 +132,7 @@ TEST(LogLevel, HasALetterForEachOfTheseNumbersAndNoOther)
 {
     std::map<int, std::string_view> found;
     for (int rawValue = -1; rawValue < 100; ++rawValue)
-        if (const auto level = logLevelFromRawValue(rawValue))
+        if (const auto level = fromRawValue<LogLevel>(rawValue))
             found.emplace(rawValue, name(*level));
     EXPECT_THAT(
         found, ElementsAre(Pair(0, "D"), Pair(1, "V"), Pair(5, "I"), Pair(10, "A"), Pair(15, "W"), Pair(20, "E")));

@@ -23,6 +23,7 @@ std::shared_ptr<AuriskDataService> AuriskDataService::create(
 
 void AuriskDataService::request(const AuriskRequest& request, Seconds timeout, Complete complete)
 {
+    expectMainQueue();
     auto weak = std::weak_ptr(std::static_pointer_cast<AuriskDataService>(shared_from_this()));
     _messageHandler->excute(request, timeout,
         [weak = std::move(weak), request, complete = std::move(complete)](const std::optional<AuriskResult>& answer) {

@@ -16,7 +16,7 @@ class AuriskDataServiceDelegate {
 public:
     virtual ~AuriskDataServiceDelegate() = default;
 
-    /// The request's frame has been handed to the radio.
+    /// The request's turn has come: its frame has been handed to the radio, if there still is a link to carry it.
     virtual void didSendRequest(const AuriskRequest& request) = 0;
     /// The request has its reply, or its time has run out; called before the requester's own completion.
     virtual void didFinishRequest(const AuriskRequest& request, const AuriskResult& result) = 0;
