@@ -4,6 +4,7 @@
 #include "Fuzz/FuzzTargets.h"
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -85,17 +86,50 @@ private:
     std::mt19937 _random{ 1 };
 };
 
+struct Trial {
+    const NamedTarget* target;
+    const Input* input;
+};
+Trial current{}; // for the signal handler
+
+void printCurrent()
+{
+    if (!current.input)
+        return;
+    const auto& [name, bytes] = *current.input;
+    std::fprintf(stderr, "%s, %s: %s\n", current.target->name, name.c_str(), ask_hexadecimal(bytes).c_str());
+}
+
+/// A broken precondition stops the process; at least it is said which input did it.
+void stopped(int) { printCurrent(); }
+
 /// False where the target does not hold for this input, which is printed then.
 bool holds(const NamedTarget& target, const Input& input)
 {
+    bool does = true;
+    current = { &target, &input };
     try {
-        fuzz::run(target.target, input.bytes);
-        return true;
+        target.target(input.bytes);
     } catch (const std::exception& problem) {
-        std::printf("%s, %s: %s\n    %s\n", target.name, input.name.c_str(), problem.what(),
-            ask_hexadecimal(input.bytes).c_str());
-        return false;
+        std::fprintf(stderr, "%s\n", problem.what());
+        printCurrent();
+        does = false;
     }
+    current = {};
+    return does;
+}
+
+/// Stops at the first input for which it does not hold: those that follow are seldom news.
+bool holdsThroughout(const NamedTarget& target, const std::vector<Input>& corpus)
+{
+    for (const auto& input : corpus)
+        if (!holds(target, input))
+            return false;
+    Maker maker;
+    for (int i = 0; i < madeInputs; ++i)
+        if (!holds(target, { "made input " + std::to_string(i), maker.make(corpus) }))
+            return false;
+    return true;
 }
 
 } // namespace
@@ -106,19 +140,18 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "usage: %s CORPUS\n", argv[0]);
         return 2;
     }
-    int failures = 0;
+    std::signal(SIGABRT, stopped);
+    bool allHold = true;
     for (const auto& target : targets) {
         const auto corpus = corpusIn(std::filesystem::path(argv[1]) / target.name);
         if (corpus.empty()) {
             std::fprintf(stderr, "%s has no corpus\n", target.name);
             return 2;
         }
-        for (const auto& input : corpus)
-            failures += !holds(target, input);
-        Maker maker;
-        for (int i = 0; i < madeInputs; ++i)
-            failures += !holds(target, { "made input " + std::to_string(i), maker.make(corpus) });
-        std::printf("%s: %zu files, %d made inputs\n", target.name, corpus.size(), madeInputs);
+        const bool does = holdsThroughout(target, corpus);
+        std::printf(
+            "%s: %zu files, %d made inputs: %s\n", target.name, corpus.size(), madeInputs, does ? "holds" : "fails");
+        allHold &= does;
     }
-    return failures == 0 ? 0 : 1;
+    return allHold ? 0 : 1;
 }

@@ -8,7 +8,7 @@
 
 /// Each target takes any bytes whatever, hands them to one part of the library as a device, a file or a person would,
 /// and throws a Failure where the library does with them what it must not. A precondition that breaks where none may
-/// escapes as a PreconditionStop, as `run` sees to.
+/// stops the process, as everywhere.
 
 namespace aurisk::fuzz {
 
@@ -42,12 +42,6 @@ template <typename Action> auto contained(Action&& action) -> std::optional<decl
     } catch (const PreconditionStop&) {
         return std::nullopt;
     }
-}
-
-inline void run(Target target, DataView input)
-{
-    const ScopedContainment containment;
-    target(input);
 }
 
 /// Lets preconditions that a device's bytes break be contained for a scope, as applications in the field do.

@@ -6,6 +6,6 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
-    aurisk::fuzz::run(aurisk::fuzz::AURISK_FUZZ_TARGET, { bytes, size });
+    aurisk::fuzz::AURISK_FUZZ_TARGET({ bytes, size });
     return 0;
 }
