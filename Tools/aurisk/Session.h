@@ -88,7 +88,7 @@ public:
     /// The user wants to end: a pause is over, anything else is given up.
     void interrupt(ExitCode code);
 
-    void deviceDidUpdateState(const std::shared_ptr<Accessory>&, AccessoryState) override { }
+    void deviceDidUpdate(const std::shared_ptr<Accessory>&, AccessoryState) override { }
     void deviceDidDiscoverServices(
         const std::shared_ptr<Accessory>&, const std::vector<std::shared_ptr<AccessoryService>>&) override;
     void deviceDidConnect(const std::shared_ptr<Accessory>&, const MaybeError&) override;
