@@ -1,0 +1,57 @@
+# Completion of the words and options of aurisk(1). Device names are not completed: to know them takes a scan.
+
+_aurisk()
+{
+    local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+    local commands="scan info program volume mute transparency bredr battery find tone orientation monitor raw codec"
+    local words="--backend --world --new-world --both --json --log --timeout --help"
+    local command= word i
+    COMPREPLY=()
+
+    case $previous in
+    --backend)
+        COMPREPLY=($(compgen -W "sim bluez" -- "$current"))
+        return
+        ;;
+    --world)
+        compopt -o filenames 2>/dev/null
+        mapfile -t COMPREPLY < <(compgen -f -- "$current")
+        return
+        ;;
+    --timeout | --duration | --seconds | --program | --db | --amp | --timestamp)
+        return
+        ;;
+    esac
+
+    for ((i = 1; i < COMP_CWORD; ++i)); do
+        word=${COMP_WORDS[i]}
+        case ${COMP_WORDS[i - 1]} in
+        --backend | --world | --timeout) continue ;;
+        esac
+        if [[ $word != -* ]]; then
+            command=$word
+            break
+        fi
+    done
+
+    case $command in
+    "") words="$commands $words --version" ;;
+    scan) words+=" --duration --updates" ;;
+    monitor) words+=" --duration" ;;
+    find) words+=" --seconds" ;;
+    volume) words+=" --program" ;;
+    bredr) words+=" --continuous" ;;
+    tone) words+=" --db --amp --seconds --timestamp" ;;
+    esac
+    case $command in
+    program | volume | transparency | orientation) [[ $previous == "$command" ]] && words+=" set" ;;
+    tone) [[ $previous == "$command" ]] && words+=" stop" ;;
+    esac
+    case $command in
+    mute | bredr) words+=" on off" ;;
+    orientation) words+=" left right" ;;
+    esac
+    COMPREPLY=($(compgen -W "$words" -- "$current"))
+}
+
+complete -F _aurisk aurisk
