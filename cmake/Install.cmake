@@ -31,6 +31,6 @@ string(REGEX REPLACE "/$" "" AURISK_PREFIX_FROM_PC "${AURISK_PREFIX_FROM_PC}")
 configure_file(cmake/aurisk-sdk.pc.in ${PROJECT_BINARY_DIR}/aurisk-sdk.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/aurisk-sdk.pc DESTINATION ${pkgconfig})
 
-install(FILES Tools/aurisk/aurisk.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 OPTIONAL)
+install(FILES Tools/aurisk/aurisk.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES Tools/aurisk/completion.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
-    RENAME aurisk OPTIONAL)
+    RENAME aurisk)

@@ -52,3 +52,8 @@ run(${CXX} -std=c++20 ${work}/consumer/Consumer.cpp -o ${work}/by-pkg-config ${f
 expect_volume(${work}/by-pkg-config)
 
 run(${prefix}/bin/aurisk --version)
+foreach(file IN ITEMS share/man/man1/aurisk.1 share/bash-completion/completions/aurisk)
+    if(NOT EXISTS ${prefix}/${file})
+        message(FATAL_ERROR "${file} was not installed")
+    endif()
+endforeach()
