@@ -150,7 +150,7 @@ public:
     void didNotifyProgram(const std::shared_ptr<AuriskAccessory>&, int, int) override { }
     void didNotifyVolume(const std::shared_ptr<AuriskAccessory>&, int, int) override { }
     void didUpdateValue(const std::shared_ptr<AuriskAccessory>&, const AuriskRequest&) override { }
-    void deviceDidUpdateState(const std::shared_ptr<Accessory>&, AccessoryState) override { }
+    void deviceDidUpdate(const std::shared_ptr<Accessory>&, AccessoryState) override { }
     void deviceDidDiscoverServices(
         const std::shared_ptr<Accessory>&, const std::vector<std::shared_ptr<AccessoryService>>&) override
     {
