@@ -77,6 +77,15 @@ TEST(MainQueue, StopsAfterTheWorkUnderWayAndGoesOnWhenRunAgain)
     EXPECT_THAT(ran, ElementsAre(1, 2));
 }
 
+TEST(MainQueue, FindsAStopThatCameBeforeItWasRun)
+{
+    int ran = 0;
+    DispatchQueue::main().async([&] { ++ran; });
+    stopMainQueue();
+    runMainQueue(); // returns at all
+    EXPECT_EQ(ran, 1);
+}
+
 TEST(MainQueue, IsStoppedFromAnotherThread)
 {
     std::thread stopper([] { DispatchQueue::main().async(stopMainQueue); });

@@ -61,16 +61,26 @@ public:
     {
         _thread = std::this_thread::get_id();
         const auto guard = asio::make_work_guard(_context);
+        _context.restart();
+        _isRunning = true;
         _context.run();
-        _context.restart(); // for the next time; a stop that came before this one counted
+        _isRunning = false;
     }
 
     std::size_t pollHere()
     {
         _thread = std::this_thread::get_id();
-        const auto count = _context.poll();
         _context.restart();
-        return count;
+        return _context.poll();
+    }
+
+    /// Where nobody runs the loop yet, the next one finds a handler that stops it.
+    void stop()
+    {
+        if (_isRunning)
+            _context.stop();
+        else
+            asio::post(_context, [this] { _context.stop(); });
     }
 
 private:
@@ -122,6 +132,7 @@ private:
     std::optional<Clock::time_point> _armed; ///< when the timer ends, while it runs
     std::mutex _mutex; ///< guards `_waiting`: `async` comes from any thread
     Waiting _waiting;
+    std::atomic<bool> _isRunning = false;
     std::atomic<std::thread::id> _thread = std::this_thread::get_id();
 };
 
@@ -157,7 +168,7 @@ void runMainQueue() { mainQueue().asio.runHere(); }
 
 std::size_t pollMainQueue() { return mainQueue().asio.pollHere(); }
 
-void stopMainQueue() { mainQueue().asio.context().stop(); }
+void stopMainQueue() { mainQueue().asio.stop(); }
 
 void useMainQueue(asio::io_context& context)
 {
