@@ -20,8 +20,8 @@ void runMainQueue();
 /// Runs what is due, without waiting. Returns 0 where nothing was, and otherwise how much the loop had to do.
 std::size_t pollMainQueue();
 
-/// Makes `runMainQueue()` return after the work under way; where it does not run, the next call of it returns once it has
-/// run what is due by now. What still waits stays, and runs when the queue is run again.
+/// Makes `runMainQueue()` return after the work under way; where it does not run, the next call of it returns once it
+/// has run what is due by now. What still waits stays, and runs when the queue is run again.
 void stopMainQueue();
 
 /// Puts the main queue on `context`, which has to outlive every use of it. Called once, before the first use of the
