@@ -122,10 +122,9 @@ void AccessoryManager::clearAccessories(
     for (const auto& [identifier, accessory] : std::vector(_inOrder))
         if (where(identifier, accessory))
             cleared.push_back(identifier);
-    for (const auto& identifier : cleared) {
+    for (const auto& identifier : cleared)
         _accessoryDictionary.erase(identifier);
-        std::erase_if(_inOrder, [&](const Entry& entry) { return entry.first == identifier; });
-    }
+    std::erase_if(_inOrder, [&](const Entry& entry) { return !_accessoryDictionary.contains(entry.first); });
 }
 
 void AccessoryManager::connectToPeripheral(const std::shared_ptr<CBPeripheral>& peripheral)
