@@ -55,6 +55,14 @@ TEST_F(ToolMishap, WhoIsNotThereIsNotFound)
     EXPECT_THAT(sink.errors, ElementsAre("aurisk: 3 hearing aids found: X1-L, X1-R, Solo-L; name one of them"));
 }
 
+TEST_F(ToolMishap, WhatWasRefusedIsNotUndone)
+{
+    faults("X1-L").faults
+        = { { .kind = Kind::refuse, .message = 7 } }; // the first request: six messages set the link up
+    EXPECT_EQ(aurisk("find X1-L"), ExitCode::failed);
+    EXPECT_EQ(simulator->radio().messageCount("X1-L"), 8); // that request and its refusal, and no end of finding
+}
+
 TEST_F(ToolMishap, TheOnlyAidNeedsNoName)
 {
     wearer("X1-L", "power 0");
