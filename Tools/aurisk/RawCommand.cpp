@@ -32,12 +32,6 @@ std::string explained(std::uint8_t cmd)
 
 std::string spaced(DataView bytes) { return bytes.empty() ? "none" : fmt::format("{:02x}", fmt::join(bytes, " ")); }
 
-Json resultJson(const AuriskResult& result)
-{
-    return result.isSuccess() ? Json{ { "success", codec::toJson(*result.data()) } }
-                              : Json{ { "error", codec::toJson(*result.error()) } };
-}
-
 Fields fieldsOf(const AuriskRawData& reply)
 {
     Data identifiers;
@@ -67,7 +61,7 @@ void tellReply(Session& session, const AuriskResult& result)
             fields.push_back(std::move(field));
     }
     const auto meaning = result.isSuccess() ? description(*result.data()) : description(*result.error());
-    fields.push_back({ .key = "result", .value = resultJson(result), .label = "meaning", .text = meaning });
+    fields.push_back({ .key = "result", .value = codec::toJson(result), .label = "meaning", .text = meaning });
     session.block(fields);
 }
 
