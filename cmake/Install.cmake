@@ -8,7 +8,7 @@ set(package ${CMAKE_INSTALL_LIBDIR}/cmake/AuriskSDK)
 
 # Headers that only sources include stay behind.
 install(DIRECTORY AuriskSDK DESTINATION ${headers} FILES_MATCHING PATTERN "*.h"
-    PATTERN "Precondition.h" EXCLUDE)
+    PATTERN "Precondition.h" EXCLUDE PATTERN "BitCodec.h" EXCLUDE PATTERN "DspArithmetic.h" EXCLUDE)
 install(DIRECTORY Simulator DESTINATION ${headers} FILES_MATCHING PATTERN "*.h"
     PATTERN "AidFrame.h" EXCLUDE
     PATTERN "SimulatedCentral.h" EXCLUDE

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskDsp.h"
+#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskGlobalDsp.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskManuData.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskRawData.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskResult.h"

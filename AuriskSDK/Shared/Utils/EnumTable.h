@@ -32,9 +32,44 @@ template <TabledEnum E> constexpr const EnumCase<E>* enumCase(E value)
 
 template <TabledEnum E> constexpr auto rawValue(E value) { return static_cast<std::underlying_type_t<E>>(value); }
 
+/// Whether the raw value of each case is its place in the table.
+template <TabledEnum E> constexpr bool countsUpFromZero()
+{
+    for (std::size_t i = 0; i < enumCases<E>.size(); ++i)
+        if (static_cast<std::size_t>(enumCases<E>[i].value) != i)
+            return false;
+    return true;
+}
+
+/// The name of a case in code, and its label where it has one.
+struct CaseText {
+    constexpr CaseText(const char* nameInCode, const char* labelForPeople = "")
+        : name(nameInCode)
+        , label(labelForPeople)
+    {
+    }
+    std::string_view name;
+    std::string_view label;
+};
+
+/// The table of an enumeration whose raw values count up from zero to `Last`, one text each.
+template <auto Last, std::size_t Count> constexpr auto countingUp(const CaseText (&texts)[Count])
+{
+    using E = decltype(Last);
+    static_assert(Count == static_cast<std::size_t>(Last) + 1, "one text for each case");
+    std::array<EnumCase<E>, Count> rows{};
+    for (std::size_t i = 0; i < Count; ++i)
+        rows[i] = { static_cast<E>(i), texts[i].name, texts[i].label };
+    return rows;
+}
+
 /// The case with that raw value; none where there is none.
 template <TabledEnum E> constexpr std::optional<E> fromRawValue(long long raw)
 {
+    if constexpr (countsUpFromZero<E>()) {
+        const bool isCase = raw >= 0 && static_cast<unsigned long long>(raw) < enumCases<E>.size();
+        return isCase ? std::optional(static_cast<E>(raw)) : std::nullopt;
+    }
     for (const auto& row : enumCases<E>)
         if (static_cast<long long>(row.value) == raw)
             return row.value;

@@ -1,34 +1,71 @@
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskDsp.h"
 
-#include "AuriskSDK/Shared/Utils/LabelledCase.h"
-#include "AuriskSDK/Shared/Utils/Precondition.h"
-
-#include <algorithm>
-
 namespace aurisk {
 
-template <std::size_t Size> SettingsBlock<Size>::SettingsBlock(DataView bytes)
+std::optional<AuriskDsp> AuriskDsp::decode(AuriskChip chip, DataView bytes)
 {
-    precondition(bytes.size() >= Size, "a block of {} bytes was given {}", Size, bytes.size());
-    std::copy_n(bytes.begin(), Size, _bytes.begin());
+    switch (chip) {
+    case AuriskChip::h01:
+    case AuriskChip::a4: return AuriskA4Dsp::decode(bytes);
+    case AuriskChip::a16: return AuriskA16Dsp::decode(bytes);
+    case AuriskChip::unassigned: break;
+    }
+    return std::nullopt;
 }
 
-template class SettingsBlock<9>;
-template class SettingsBlock<12>;
-template class SettingsBlock<56>;
+AuriskDirection AuriskDsp::direction() const
+{
+    return std::visit([&](const auto& block) { return block.direction(); }, _block);
+}
+
+AuriskNoise AuriskDsp::noise() const
+{
+    return std::visit([&](const auto& block) { return block.noise(); }, _block);
+}
+
+std::vector<int> AuriskDsp::frequences() const
+{
+    return std::visit([&](const auto& block) { return block.frequences(); }, _block);
+}
+
+int AuriskDsp::minEQValue() const
+{
+    return std::visit([&](const auto& block) { return block.minEQValue(); }, _block);
+}
+
+int AuriskDsp::maxEQValue() const
+{
+    return std::visit([&](const auto& block) { return block.maxEQValue(); }, _block);
+}
+
+std::optional<int> AuriskDsp::getEq(int frequency) const
+{
+    return std::visit([&](const auto& block) { return block.getEq(frequency); }, _block);
+}
 
 Data AuriskDsp::toBytes() const
 {
-    return std::visit([](const auto& block) { return block.toBytes(); }, _block);
+    return std::visit([&](const auto& block) { return block.toBytes(); }, _block);
 }
 
-Data AuriskGlobalDsp::toData() const
+void AuriskDsp::setDirection(AuriskDirection direction)
 {
-    return std::visit([](const auto& block) { return block.toData(); }, _block);
+    std::visit([&](auto& block) { block.setDirection(direction); }, _block);
 }
 
-std::string description(const AuriskDsp& dsp) { return description(dsp.toBytes()); }
+void AuriskDsp::setNoise(AuriskNoise noise)
+{
+    std::visit([&](auto& block) { block.setNoise(noise); }, _block);
+}
 
-std::string description(const AuriskGlobalDsp& global) { return description(global.toData()); }
+void AuriskDsp::setEq(int eq, int frequency)
+{
+    std::visit([&](auto& block) { block.setEq(eq, frequency); }, _block);
+}
+
+std::string description(const AuriskDsp& dsp)
+{
+    return std::visit([](const auto& block) { return description(block); }, dsp.block());
+}
 
 } // namespace aurisk

@@ -3,6 +3,7 @@
 #include "AuriskSDK/HearingAid/AccessoryOrientation.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskChip.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskDsp.h"
+#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskGlobalDsp.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskProfileType.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskRawData.h"
 #include "AuriskSDK/Shared/Utils/LabelledCase.h"
