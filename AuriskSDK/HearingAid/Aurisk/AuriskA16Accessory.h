@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AuriskSDK/HearingAid/Aurisk/AuriskAccessory.h"
+#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskDataLog.h"
 
 namespace aurisk {
 
@@ -12,6 +13,19 @@ public:
     using AuriskAccessory::AuriskAccessory;
 
     std::string_view className() const override { return "AuriskA16Accessory"; }
+
+    using SummaryComplete = std::function<void(const std::optional<AuriskSummaryDataLog>&)>;
+    using DataLogComplete = std::function<void(const std::optional<Data>&)>;
+
+    // Both call `complete`, which may be empty, once on the main queue, never inside the call: with none where a frame
+    // was refused or not answered, or the accessory is not connected. Before the first discovery of its services
+    // nothing is sent and nobody is called, as for `request`.
+
+    /// Reads the summary. None also where what came is too short.
+    void requestSummaryDataLog(SummaryComplete complete);
+
+    /// Reads the bytes of a log. `feedback` is a broken precondition.
+    void requestDataLog(AuriskDataLogType logType, DataLogComplete complete);
 };
 
 } // namespace aurisk

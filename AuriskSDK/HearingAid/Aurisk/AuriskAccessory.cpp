@@ -4,6 +4,8 @@
 #include "AuriskSDK/Shared/Utils/AuriskLog.h"
 #include "AuriskSDK/Shared/Utils/Precondition.h"
 
+#include <fmt/format.h>
+
 namespace aurisk {
 
 namespace {
@@ -65,6 +67,11 @@ std::optional<AuriskDsp> AuriskAccessory::dsp() const
     return known == _dspDic.end() ? std::nullopt : std::optional(known->second);
 }
 
+std::optional<int> AuriskAccessory::numberOfProgram() const
+{
+    return _global ? std::optional(_global->numberOfPrograms()) : std::nullopt;
+}
+
 void AuriskAccessory::request(const AuriskRequest& request, Complete complete)
 {
     expectMainQueue();
@@ -92,6 +99,36 @@ void AuriskAccessory::request(const std::vector<AuriskRequest>& requests, std::f
 void AuriskAccessory::readNumberOfProgram(Complete complete)
 {
     request(AuriskRequest::readGlobalDsp{ .chip = _hearChip }, std::move(complete));
+}
+
+void AuriskAccessory::writeNumberOfProgram(int number, Complete complete)
+{
+    if (_global)
+        return sendNumberOfProgram(number, std::move(complete));
+    readNumberOfProgram([weak = weak_from_this(), number, complete = std::move(complete)](const AuriskResult& result) {
+        const auto tell = [&](const AuriskResult& outcome) {
+            if (complete)
+                complete(outcome);
+        };
+        const auto self = std::static_pointer_cast<AuriskAccessory>(weak.lock());
+        if (!result.isSuccess())
+            tell(result);
+        else if (!self)
+            tell(AuriskResult::error(AuriskResultError::disconnected{}));
+        else if (!result.data()->as<AuriskResponse::didReadGlobal>() || !self->_global)
+            tell(AuriskResult::error(AuriskResultError::other{ .message = "failed to request" }));
+        else
+            self->sendNumberOfProgram(number, complete);
+    });
+}
+
+/// The global block is known.
+void AuriskAccessory::sendNumberOfProgram(int number, Complete complete)
+{
+    auto changed = *_global;
+    changed.setNumberOfPrograms(number);
+    request(AuriskRequest::writeGlobalDspData{ .data = changed.toData(), .chip = _hearChip, .withResponse = true },
+        std::move(complete));
 }
 
 void AuriskAccessory::readScenesOfProgram(Complete complete)
@@ -157,9 +194,14 @@ void AuriskAccessory::apply(const AuriskResponse& response, const AuriskRequest&
                        else
                            _volumeDic.erase(read.program);
                    },
-                   // What a block or a profile field says is not kept: whoever asked has the bytes.
-                   [](const AuriskResponse::didReadDsp&) {},
-                   [](const AuriskResponse::didReadGlobal&) {},
+                   [&](const AuriskResponse::didReadDsp& read) {
+                       if (const auto block = decoded<AuriskDsp>("program", read.data))
+                           _dspDic.insert_or_assign(read.program, *block);
+                   },
+                   [&](const AuriskResponse::didReadGlobal& read) {
+                       if (const auto block = decoded<AuriskGlobalDsp>("global", read.data))
+                           _global = block;
+                   },
                    [](const AuriskResponse::didReadProfile&) {},
                    [&](const AuriskResponse::didReadTransparency& read) { _transLevel = read.level; },
                    [&](const AuriskResponse::didReadBrEdr& read) {
@@ -173,6 +215,15 @@ void AuriskAccessory::apply(const AuriskResponse& response, const AuriskRequest&
                    [&](const auto&) { writeAcknowledged(request); },
                },
         response.value());
+}
+
+/// The block that the device sent. One that it should not have sent, leaves what is known as it was.
+template <typename Block> std::optional<Block> AuriskAccessory::decoded(std::string_view what, DataView data) const
+{
+    auto block = Block::decode(_hearChip, data);
+    if (!block)
+        log(fmt::format("a {} block of {} bytes does not decode and is dropped", what, data.size()));
+    return block;
 }
 
 /// The reply carries no values, so what was asked for holds now.

@@ -3,6 +3,7 @@
 #include "AuriskSDK/HearingAid/AccessoryOrientation.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskChip.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskDsp.h"
+#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskGlobalDsp.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskRequest.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskResult.h"
 #include "AuriskSDK/HearingAid/Aurisk/Service/AuriskBatService.h"
@@ -76,6 +77,7 @@ public:
     const std::map<int, AuriskDsp>& dspDic() const { return _dspDic; } ///< by program
     std::optional<AuriskDsp> dsp() const; ///< of the current program
     const std::optional<AuriskGlobalDsp>& global() const { return _global; }
+    std::optional<int> numberOfProgram() const; ///< what the global block says
     std::optional<bool> brEdr() const { return _brEdr; } ///< classic Bluetooth
     bool brEdrContinuousIfEnable() const { return _brEdrContinuousIfEnable; }
     std::optional<int> transLevel() const { return _transLevel; }
@@ -98,6 +100,12 @@ public:
     /// Asks for the block that holds the number of programs.
     void readNumberOfProgram(Complete complete);
 
+    /// Writes the global block with another number of programs; where it is not known yet, asks for it first. What the
+    /// accessory holds stays as it was: read the block again to see what the device made of it. `complete` gets the
+    /// outcome of the write, or that of the reading where there is nothing to write. A number that does not fit the
+    /// block (AuriskGlobalDsp) is a broken precondition.
+    void writeNumberOfProgram(int number, Complete complete);
+
     /// Asks for the profile field that holds the scenes of the programs.
     void readScenesOfProgram(Complete complete);
 
@@ -119,7 +127,9 @@ private:
     std::shared_ptr<AuriskAccessory> self();
     template <typename What> void tell(What&& what);
     void take(const AuriskManuData& manuData);
+    void sendNumberOfProgram(int number, Complete complete);
     void apply(const AuriskResponse& response, const AuriskRequest& request);
+    template <typename Block> std::optional<Block> decoded(std::string_view what, DataView data) const;
     void writeAcknowledged(const AuriskRequest& request);
 
     std::string _address;

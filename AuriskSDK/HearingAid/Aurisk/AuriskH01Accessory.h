@@ -12,6 +12,12 @@ public:
     using AuriskAccessory::AuriskAccessory;
 
     std::string_view className() const override { return "AuriskH01Accessory"; }
+
+    using AuriskAccessory::request;
+
+    /// As that of AuriskAccessory. On this chip an acknowledged write of a program's block is followed by the switch to
+    /// that program: `complete` gets the outcome of the switch, or the error of the write.
+    void request(const AuriskRequest& request, Complete complete = {}) override;
 };
 
 } // namespace aurisk
