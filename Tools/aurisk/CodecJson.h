@@ -11,6 +11,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <array>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -69,9 +70,10 @@ public:
         return read<T>(at(place), place);
     }
 
-private:
+    /// The member as it stands. Throws Unusable where there is none.
     const Json& at(const Place& place) const;
 
+private:
     const Json& _object;
     const Place* _place;
 };
@@ -92,6 +94,17 @@ const std::string& readText(const Json& value, const Place& place);
 template <typename T> struct OptionalTraits : std::false_type {
 };
 template <typename T> struct OptionalTraits<std::optional<T>> : std::true_type {
+};
+
+template <typename T> struct ArrayTraits : std::false_type {
+};
+template <typename T, std::size_t Count> struct ArrayTraits<std::array<T, Count>> : std::true_type {
+};
+
+template <typename T>
+concept HasFields = requires
+{
+    T::fields.members;
 };
 
 template <typename T>
@@ -203,7 +216,14 @@ template <typename T> Answer toJson(const T& value)
         return Answer::object({ { T::labels.name, toObject(T::labels, value) } });
     else if constexpr (!std::same_as<decltype(fieldsOf<T>), const std::nullptr_t>)
         return toObject(fieldsOf<T>, value);
-    else
+    else if constexpr (HasFields<T>)
+        return toObject(T::fields, value);
+    else if constexpr (ArrayTraits<T>::value) {
+        auto list = Answer::array();
+        for (const auto& element : value)
+            list.push_back(toJson(element));
+        return list;
+    } else
         return value; // a Boolean, a number or a text
 }
 

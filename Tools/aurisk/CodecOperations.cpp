@@ -1,5 +1,6 @@
 #include "Tools/aurisk/CodecOperations.h"
 
+#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskDataLog.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskRequest.h"
 
 #include <algorithm>
@@ -22,6 +23,14 @@ Answer decodeResult(const Members& line)
     return frame ? toJson(frame->toResult()) : Answer();
 }
 
+Answer listLogFrames(const Members& line)
+{
+    auto list = Answer::array();
+    for (const auto& frame : rawDataArray(line.get<AuriskDataLogType>("type")))
+        list.push_back(toJson(frame.toData()));
+    return list;
+}
+
 constexpr Operation operations[] = {
     { "hex.toBytes", [](const Members& line) { return toJson(ask_hexadecimal(line.get<std::string>("text"))); } },
     { "hex.fromBytes", [](const Members& line) { return toJson(ask_hexadecimal(line.get<Data>("bytes"))); } },
@@ -32,6 +41,22 @@ constexpr Operation operations[] = {
     { "result.decode", decodeResult },
     { "manudata.decode", [](const Members& line) { return toJson(AuriskManuData(line.get<Data>("bytes"))); } },
     { "select", selectAccessory },
+    { "a4.decode", decodeDsp<AuriskA4Dsp> },
+    { "a16.decode", decodeDsp<AuriskA16Dsp> },
+    { "a4.encode", encodeDsp<AuriskA4Dsp> },
+    { "a16.encode", encodeDsp<AuriskA16Dsp> },
+    { "a4.edit", editDsp<AuriskA4Dsp> },
+    { "a16.edit", editDsp<AuriskA16Dsp> },
+    { "a4.getEq", getEq<AuriskA4Dsp> },
+    { "a16.getEq", getEq<AuriskA16Dsp> },
+    { "a4global.decode", decodeGlobal<AuriskA4GlobalDsp> },
+    { "a16global.decode", decodeGlobal<AuriskA16GlobalDsp> },
+    { "a4global.encode", encodeGlobal<AuriskA4GlobalDsp> },
+    { "a16global.encode", encodeGlobal<AuriskA16GlobalDsp> },
+    { "labels", listLabels },
+    { "summarylog.decode",
+        [](const Members& line) { return toJson(AuriskSummaryDataLog::decode(line.get<Data>("bytes"))); } },
+    { "log.frames", listLogFrames },
     { "enum", listEnumeration },
 };
 

@@ -21,4 +21,15 @@ Answer selectAccessory(const Members& line);
 /// The cases of an enumeration of the library.
 Answer listEnumeration(const Members& line);
 
+/// The texts of a table of labels.
+Answer listLabels(const Members& line);
+
+// The settings blocks of both chips.
+template <typename Dsp> Answer decodeDsp(const Members& line);
+template <typename Dsp> Answer encodeDsp(const Members& line);
+template <typename Dsp> Answer editDsp(const Members& line);
+template <typename Dsp> Answer getEq(const Members& line);
+template <typename Global> Answer decodeGlobal(const Members& line);
+template <typename Global> Answer encodeGlobal(const Members& line);
+
 } // namespace aurisk::codec
