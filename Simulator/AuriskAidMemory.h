@@ -18,8 +18,8 @@ void completeMemory(AuriskAidState& state, const std::string& place);
 /// The block of a program, counted from 0, or by its own number the global one; none where the aid has no such block.
 std::optional<Data> readBlock(const AuriskAidState& state, std::uint8_t number);
 
-/// False, and nothing changes, where the aid has no such block, or this one is not of its form: of another length or, on
-/// an a16, with bits that stand for nothing.
+/// False, and nothing changes, where the aid has no such block, or this one is not of its form: of another length or,
+/// on an a16, with bits that stand for nothing.
 bool writeBlock(AuriskAidState& state, std::uint8_t number, DataView block);
 
 /// None for an unknown number.

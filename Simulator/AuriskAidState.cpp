@@ -110,9 +110,8 @@ struct Reading {
 
     void byteLists(std::string_view key, std::vector<Data>& value)
     {
-        reader.each(key, [&](const auto& element, const auto& place) {
-            value.push_back(WorldReader::bytesOf(element, place));
-        });
+        reader.each(key,
+            [&](const auto& element, const auto& place) { value.push_back(WorldReader::bytesOf(element, place)); });
     }
 
     void profile(std::string_view key, std::map<std::uint8_t, Data>& value)
@@ -278,8 +277,9 @@ AuriskAidState auriskAidStateFromJson(const nlohmann::json& value, const std::st
     return state;
 }
 
-AuriskAidState completed(const AuriskAidState& state, const std::string& place)
+AuriskAidState completed(AuriskAidState state, const std::string& place)
 {
+    state.programBlocks.resize(std::min(state.programBlocks.size(), state.volumes.size()));
     return auriskAidStateFromJson(toJson(state), place);
 }
 

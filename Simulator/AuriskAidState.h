@@ -78,14 +78,14 @@ struct AuriskAidState {
 /// The ear that the name says: "-R" at its end is the right one.
 bool isRightByName(std::string_view name);
 
-/// The same with everything that the factory gives it. Throws SimulatedWorldError for a state that cannot be; `place` is
-/// what it calls the state.
-AuriskAidState completed(const AuriskAidState& state, const std::string& place = "aid");
+/// The same with everything that the factory gives it, and without the blocks of programs that it does not have. Throws
+/// SimulatedWorldError for a state that cannot be; `place` is what it calls the state.
+AuriskAidState completed(AuriskAidState state, const std::string& place = "aid");
 
 nlohmann::json toJson(const AuriskAidState& state);
 
-/// What is missing has its default, name and address apart; the ear's is that of the name's suffix, and that of blocks and
-/// profile is the factory's.
+/// What is missing has its default, name and address apart; the ear's is that of the name's suffix, and that of blocks
+/// and profile is the factory's.
 AuriskAidState auriskAidStateFromJson(const nlohmann::json& value, const std::string& place);
 
 } // namespace aurisk

@@ -13,8 +13,8 @@ PlacedAid place(AuriskAidState state, int rssi)
     return { .aid = std::make_shared<SimulatedAuriskAid>(std::move(state)), .rssi = rssi };
 }
 
-/// Some months with an aid: an hour or so each day in which it is not in the first program. Its battery has been in for as
-/// long as it took to drain from full to `battery`.
+/// Some months with an aid: an hour or so each day in which it is not in the first program. Its battery has been in for
+/// as long as it took to drain from full to `battery`.
 AuriskUsage someMonths(int battery)
 {
     constexpr std::int64_t hour = 3600, percent = 720;

@@ -92,9 +92,8 @@ std::optional<std::vector<std::int64_t>> WorldReader::integers(std::string_view 
     if (!find(key))
         return std::nullopt;
     std::vector<std::int64_t> all;
-    each(key, [&](const auto& element, const std::string& where) {
-        all.push_back(integerIn(element, 0, high, where));
-    });
+    each(
+        key, [&](const auto& element, const std::string& where) { all.push_back(integerIn(element, 0, high, where)); });
     return all;
 }
 
