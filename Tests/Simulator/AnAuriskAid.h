@@ -47,8 +47,8 @@ struct AnAuriskAid : testing::Test {
         return said;
     }
 
-    /// The command of the reply and its payload, such as "91 0a0b"; empty where there is none. Whatever the question, the
-    /// reply has to be one frame that begins with its two identifiers.
+    /// The command of the reply and its payload, such as "91 0a0b"; empty where there is none. Whatever the question,
+    /// the reply has to be one frame that begins with its two identifiers.
     std::string ask(int command, int first, int second, const std::string& payload = "")
     {
         const auto asked = framed({ command, int(payload.size() / 2) + 2, first, second }, payload);

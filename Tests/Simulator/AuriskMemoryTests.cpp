@@ -37,7 +37,7 @@ TEST_F(AnAuriskAid, LeavesTheFactoryFittedForFourDirections)
     }
     EXPECT_EQ(readBlock(4), "d1");
     EXPECT_EQ(readBlock(5), "d1");
-    EXPECT_EQ(readBlock(6), "91 3585408913" "42499b6ad60300"); // four programs: bits 5 to 7 of 89
+    EXPECT_EQ(readBlock(6), "91 358540891342499b6ad60300"); // four programs: bits 5 to 7 of 89
 
     become(a16, std::vector<int>(7, 8));
     EXPECT_EQ(readBlock(4), "91" + readBlock(0).substr(2)) << "the first one again";
@@ -85,9 +85,9 @@ TEST_F(AnAuriskAid, RefusesBlocksThatAreNotItsOwnForm)
         std::size_t bytes;
     };
     for (const auto& row : { Row{ a4, 0, 11 }, Row{ a4, 0, 13 }, Row{ a4, 0, 56 }, Row{ a4, 3, 12 }, Row{ a4, 5, 8 },
-             Row{ a4, 5, 10 }, Row{ a4, 6, 9 }, Row{ a4, 6, 12 }, Row{ h01, 2, 56 }, Row{ h01, 6, 9 }, Row{ a16, 0, 55 },
-             Row{ a16, 2, 57 }, Row{ a16, 1, 12 }, Row{ a16, 3, 56 }, Row{ a16, 5, 12 }, Row{ a16, 6, 9 },
-             Row{ a16, 6, 13 }, Row{ a16, 0, 0 }, Row{ a16, 0x7F, 56 } }) {
+             Row{ a4, 5, 10 }, Row{ a4, 6, 9 }, Row{ a4, 6, 12 }, Row{ h01, 2, 56 }, Row{ h01, 6, 9 },
+             Row{ a16, 0, 55 }, Row{ a16, 2, 57 }, Row{ a16, 1, 12 }, Row{ a16, 3, 56 }, Row{ a16, 5, 12 },
+             Row{ a16, 6, 9 }, Row{ a16, 6, 13 }, Row{ a16, 0, 0 }, Row{ a16, 0x7F, 56 } }) {
         become(row.chip, { 8, 8, 8 });
         const auto before = aid.state();
         EXPECT_EQ(writeBlock(row.number, std::string(2 * row.bytes, '1')), "d4") << row.number << ", " << row.bytes;
@@ -131,8 +131,8 @@ TEST_F(AnAuriskAid, OfTheA16TakesNoBitsThatStandForNothing)
     }
     // Where every value stands for something, and where the bits are the aid's own: all of them set.
     auto full = factory;
-    for (const auto& [bit, width] : { std::pair<std::size_t, std::size_t>(0, 4), { 12, 10 }, { 27, 5 }, { 62, 2 }, { 94, 2 }, { 158, 2 },
-             { 190, 2 }, { 280, 152 }, { 438, 1 } })
+    for (const auto& [bit, width] : { std::pair<std::size_t, std::size_t>(0, 4), { 12, 10 }, { 27, 5 }, { 62, 2 },
+             { 94, 2 }, { 158, 2 }, { 190, 2 }, { 280, 152 }, { 438, 1 } })
         for (std::size_t i = 0; i < width; ++i)
             full = withBits(full, bit + i, 1, 1);
     EXPECT_EQ(writeBlock(0, full), "94");
