@@ -277,8 +277,9 @@ AuriskAidState auriskAidStateFromJson(const nlohmann::json& value, const std::st
     return state;
 }
 
-AuriskAidState completed(const AuriskAidState& state, const std::string& place)
+AuriskAidState completed(AuriskAidState state, const std::string& place)
 {
+    state.programBlocks.resize(std::min(state.programBlocks.size(), state.volumes.size()));
     return auriskAidStateFromJson(toJson(state), place);
 }
 

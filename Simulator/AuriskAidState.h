@@ -78,9 +78,9 @@ struct AuriskAidState {
 /// The ear that the name says: "-R" at its end is the right one.
 bool isRightByName(std::string_view name);
 
-/// The same with everything that the factory gives it. Throws SimulatedWorldError for a state that cannot be; `place`
-/// is what it calls the state.
-AuriskAidState completed(const AuriskAidState& state, const std::string& place = "aid");
+/// The same with everything that the factory gives it, and without the blocks of programs that it does not have. Throws
+/// SimulatedWorldError for a state that cannot be; `place` is what it calls the state.
+AuriskAidState completed(AuriskAidState state, const std::string& place = "aid");
 
 nlohmann::json toJson(const AuriskAidState& state);
 

@@ -38,7 +38,7 @@ constexpr const char* smallBlocks[] = {
 /// before the first band, 1 after the sixth, 1 after the release.
 constexpr const char* largeBlocks[] = {
     // Microphone 1. Bands 6 7 8 9 10 11, 12 13 14 15 16 16, 17 17 18 18; ratios 5 5 6 7 8 9 10, 11 12 13 14 15,
-    // 15 16 16 16; constants 4. Feedback canceler normal, noise reduction low, mix -3 dB, from 250 Hz on.
+    // 15 16 16 16; constants 4. Feedback canceler normal, noise reduction low, mix -3 dB, from 250 Hz.
     "80586849 e6a0a456acb90721314a59 14c681240a0bd3380f0f0441 4444444444444444"
     "10f0bdf71cceb9d61aadb5 9911222222323344c810",
     // Fixed cardioid. Bands 9 9 10 11 12 12, 13 14 14 15 15 16, 16 16 17 17; ratios 3 3 4 4 5 5 6, 7 8 8 9 10,
@@ -46,13 +46,12 @@ constexpr const char* largeBlocks[] = {
     "84586848 29a9c558cdb9f72010c638 0c045114060782240acab22c 5555555555555555"
     "10f0bdf71cceb9d61aadb5 99112222223233444800",
     // Adaptive super-cardioid. Bands 4 5 7 9 11 12, 13 14 15 16 17 17, 17 16 16 15; ratios 5 6 7 9 11 12 13,
-    // 14 15 16 16 17, 17 17 18 18; constants 4. Feedback canceler normal, noise reduction high, mix -6 dB, from 750 Hz
-    // on.
+    // 14 15 16 16 17, 17 17 18 18; constants 4. Feedback canceler normal, noise reduction high, mix -6 dB, from 750 Hz.
     "8858684b a49cb458cd3d182311c257 1847b2300dce034111512449 4444444444444444"
     "10f0bdf71cceb9d61aadb5 99112222223233444831",
     // Adaptive hyper-cardioid. Bands 2 3 5 8 11 13, 14 15 16 17 18 18, 17 16 15 14; ratios 5 6 8 10 12 14 15,
     // 16 17 18 19 19, 20 20 20 20; constants 4. Feedback canceler aggressive, noise reduction max, and against wind;
-    // mix -12 dB, from 1250 Hz on.
+    // mix -12 dB, from 1250 Hz.
     "8958a85c 6214b45aeec12825113e57 1888c2380f50244d13144551 4444444444444444"
     "10f0bdf71cceb9d61aadb5 99112222223233444852",
 };

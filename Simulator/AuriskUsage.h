@@ -17,8 +17,7 @@ struct AuriskUsage {
     std::int64_t batteryRunTime = 0; ///< since a battery was put in
     std::int64_t numberOfBatteryChanges = 0;
     std::array<std::int64_t, 6> programRunTimes = {}; ///< of the first six
-    std::array<std::int64_t, 8> runTimeHistory
-        = {}; ///< how often it was on so long: up to 0.5, 2, 4, 8, 12, 16, 20 h, longer
+    std::array<std::int64_t, 8> runTimeHistory = {}; ///< how often it was on for 0, 0.5, 2, 4, 8, 12, 16, 20 h or more
     Data userEvents = {}; ///< records of 8 bytes, the oldest first (docs/simulator.md)
     Data loopGains = {}; ///< the same, of 12 bytes
 

@@ -47,7 +47,8 @@ nlohmann::json SimulatedAuriskAid::toJson() const
 
 void SimulatedAuriskAid::setState(AuriskAidState state)
 {
-    _state = completed(state, state.name);
+    const auto name = state.name;
+    _state = completed(std::move(state), name);
     _countedUntil = _clock ? _clock() : Seconds(0);
 }
 
