@@ -113,8 +113,10 @@ void playShow(Session& session)
 std::vector<std::string> fieldLines(const SettingsBlock& block)
 {
     const auto& fields = fieldsOf(block);
-    const bool hasLabels = std::any_of(fields.begin(), fields.end(), [](const auto& field) { return !field.cases.empty(); });
-    Table rows = { hasLabels ? std::vector<std::string>{ "FIELD", "VALUE", "RAW" } : std::vector<std::string>{ "FIELD", "RAW" } };
+    const bool hasLabels
+        = std::any_of(fields.begin(), fields.end(), [](const auto& field) { return !field.cases.empty(); });
+    Table rows = { hasLabels ? std::vector<std::string>{ "FIELD", "VALUE", "RAW" }
+                             : std::vector<std::string>{ "FIELD", "RAW" } };
     for (const auto& derived : derivedOf(block))
         rows.push_back({ std::string(derived.name), derived.text });
     for (const auto& field : fields) {

@@ -19,9 +19,9 @@ void show(Session& session, int program, const SettingsBlock& block)
         raws.push_back(raw);
         gains.push_back(decibelsOf(field.label(raw)));
     }
-    const Fields fields = { { .key = "program", .value = program },
-        { .key = "frequences", .value = frequenciesOf(block) }, { .key = "raw", .value = raws },
-        { .key = "dB", .value = gains } };
+    const Fields fields
+        = { { .key = "program", .value = program }, { .key = "frequences", .value = frequenciesOf(block) },
+              { .key = "raw", .value = raws }, { .key = "dB", .value = gains } };
     session.picture(fmt::format("equaliser of program {}", program), fields, eqPlot(block, session.style().drawing));
 }
 
@@ -45,8 +45,14 @@ Plan planDerived(const Options& options, std::string_view name)
             readBlock(self, { program }, [=](Session& again, const SettingsBlock& block) {
                 for (const auto& derived : derivedOf(block))
                     if (derived.name == name)
-                        again.line({ { .key = std::string(name), .value = derived.value, .label = std::string(name), .text = derived.text },
-                            { .key = "program", .value = program, .label = "program", .text = std::to_string(program) } });
+                        again.line({ { .key = std::string(name),
+                                         .value = derived.value,
+                                         .label = std::string(name),
+                                         .text = derived.text },
+                            { .key = "program",
+                                .value = program,
+                                .label = "program",
+                                .text = std::to_string(program) } });
                 again.finish();
             });
         });

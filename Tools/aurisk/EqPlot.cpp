@@ -40,7 +40,9 @@ std::vector<std::string> scale(const std::vector<int>& frequencies, std::size_t 
     for (std::size_t i = 0; i < frequencies.size(); ++i) {
         const auto text = std::to_string(frequencies[i]);
         auto& row = rows[i % rows.size()];
-        row.resize(std::max(row.size(), axisWidth + i * bandWidth + (bandWidth + 1 - std::min(bandWidth, text.size())) / 2), ' ');
+        row.resize(
+            std::max(row.size(), axisWidth + i * bandWidth + (bandWidth + 1 - std::min(bandWidth, text.size())) / 2),
+            ' ');
         row += text;
     }
     rows.front() += " Hz";

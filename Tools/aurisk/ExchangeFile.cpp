@@ -47,8 +47,7 @@ nlohmann::json parsed(const std::string& path)
         return nlohmann::json::parse(text);
     } catch (const nlohmann::json::parse_error& error) {
         const auto end = text.begin() + std::ptrdiff_t(std::min(error.byte, text.size()));
-        throw UsageError(
-            fmt::format("{} is no JSON (line {})", nameOf(path), 1 + std::count(text.begin(), end, '\n')));
+        throw UsageError(fmt::format("{} is no JSON (line {})", nameOf(path), 1 + std::count(text.begin(), end, '\n')));
     }
 }
 
@@ -58,7 +57,8 @@ void checkHead(const nlohmann::json& whole, std::string_view format)
     const codec::Members head(codec::Members(whole).at(place), &place);
     const auto found = head.get<std::string>("format");
     if (found != format)
-        throw codec::Unusable(codec::Place{ "format", &place }, fmt::format("{} is not \"{}\"", inQuotes(found), format));
+        throw codec::Unusable(
+            codec::Place{ "format", &place }, fmt::format("{} is not \"{}\"", inQuotes(found), format));
     const auto number = head.get<int>("version");
     if (number != version)
         throw codec::Unusable(codec::Place{ "version", &place }, fmt::format("{} is not {}", number, version));
@@ -94,7 +94,7 @@ void appendList(std::string& text, const Json& list, std::size_t indent)
     const auto newLine = '\n' + std::string(indent + 2, ' ');
     for (std::size_t i = 0; i < list.size(); ++i) {
         text += i == 0 ? "[" : ",";
-        if (i == 0 || !isPlain || lineWidth(text) + list[i].dump().size() > widest)
+        if (i == 0 || !isPlain || lineWidth(text) + list[i].dump().size() + 2 > widest)
             text += newLine;
         else
             text += ' ';
@@ -179,14 +179,16 @@ std::vector<ExchangePart> readExchangeFile(const std::string& path, std::string_
 const ExchangePart& partFor(
     const AuriskAccessory& device, const std::vector<ExchangePart>& parts, const std::string& path)
 {
-    const auto found = parts.size() == 1
-        ? parts.begin()
-        : std::find_if(parts.begin(), parts.end(), [&](const auto& part) { return part.orientation == device.orientation(); });
+    const auto found
+        = parts.size() == 1 ? parts.begin() : std::find_if(parts.begin(), parts.end(), [&](const auto& part) {
+              return part.orientation == device.orientation();
+          });
     if (found == parts.end())
-        throw UsageError(fmt::format("{} is for a left and a right device, and {} is neither", nameOf(path), device.name()));
+        throw UsageError(
+            fmt::format("{} is for a left and a right device, and {} is neither", nameOf(path), device.name()));
     if (found->chip != device.hearChip())
-        throw UsageError(fmt::format("{} is for the chip {}, and {} has the chip {}", nameOf(path), caseName(found->chip),
-            device.name(), caseName(device.hearChip())));
+        throw UsageError(fmt::format("{} is for the chip {}, and {} has the chip {}", nameOf(path),
+            caseName(found->chip), device.name(), caseName(device.hearChip())));
     return *found;
 }
 

@@ -218,8 +218,8 @@ Edit equalizerEdit(const SettingsBlock& form, const Assignment& change)
     const auto& field = *fieldOf(form, gains);
     const auto gain = number(change.value);
     const auto label = gain ? fmt::format("{} dB", *gain) : std::string();
-    const auto found = std::find_if(
-        field.cases.begin(), field.cases.end(), [&](const auto& one) { return one.label == label; });
+    const auto found
+        = std::find_if(field.cases.begin(), field.cases.end(), [&](const auto& one) { return one.label == label; });
     if (found != field.cases.end())
         return setting(field, band, { int(found - field.cases.begin()) });
     std::string labels;
@@ -262,7 +262,7 @@ std::vector<Difference> differences(const SettingsBlock& before, const SettingsB
     std::vector<Difference> list;
     const auto derivedBefore = derivedOf(before), derivedAfter = derivedOf(after);
     for (std::size_t i = 0; i < derivedBefore.size(); ++i)
-        if (const auto &from = derivedBefore[i], &to = derivedAfter[i]; from.value != to.value)
+        if (const auto& from = derivedBefore[i], &to = derivedAfter[i]; from.value != to.value)
             list.push_back({ .name = std::string(from.name),
                 .before = from.text,
                 .after = to.text,

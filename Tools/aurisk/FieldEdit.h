@@ -25,8 +25,7 @@ Edit fieldEdit(const SettingsBlock& form, const Assignment& change);
 Edit equalizerEdit(const SettingsBlock& form, const Assignment& change);
 
 /// The changes to blocks of that kind on that chip. Throws a UsageError where one of them does not fit.
-std::vector<Edit> editsFor(
-    BlockKind kind, AuriskChip chip, const std::vector<Assignment>& changes, EditReader reader);
+std::vector<Edit> editsFor(BlockKind kind, AuriskChip chip, const std::vector<Assignment>& changes, EditReader reader);
 
 /// Throws a UsageError where one of the changes fits no chip.
 void checkForAnyChip(BlockKind kind, const std::vector<Assignment>& changes, EditReader reader);

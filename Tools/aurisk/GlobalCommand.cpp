@@ -11,10 +11,11 @@ void playShow(Session& session)
     readBlock(session, {}, [](Session& self, const SettingsBlock& block) {
         const auto chip = caseName(self.device().hearChip());
         const auto* programs = fieldOf(block, "numberOfPrograms");
-        const Fields fields = { { .key = "chip", .value = chip },
-            { .key = "numberOfPrograms", .value = programs->get(block, 0) },
-            { .key = "fields", .value = fieldsToJson(block) } };
-        self.picture(fmt::format("numberOfPrograms {}, chip {}", programs->get(block, 0), chip), fields, fieldLines(block));
+        const Fields fields
+            = { { .key = "chip", .value = chip }, { .key = "numberOfPrograms", .value = programs->get(block, 0) },
+                  { .key = "fields", .value = fieldsToJson(block) } };
+        self.picture(
+            fmt::format("numberOfPrograms {}, chip {}", programs->get(block, 0), chip), fields, fieldLines(block));
         self.finish();
     });
 }

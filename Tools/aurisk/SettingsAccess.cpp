@@ -92,7 +92,8 @@ std::optional<Failure> whyWithoutSettings(const AuriskAccessory& device)
 {
     if (device.hearChip() != AuriskChip::unassigned)
         return std::nullopt;
-    return Failure{ .sentence = fmt::format("the chip of {} is not known, so its settings cannot be read", device.name()),
+    return Failure{ .sentence
+        = fmt::format("the chip of {} is not known, so its settings cannot be read", device.name()),
         .name = device.name() };
 }
 
@@ -179,8 +180,9 @@ void readPrograms(Session& session, ThenWithPrograms then)
     if (session.options().allPrograms)
         return readAll(session, std::make_shared<ProgramBlocks>(), then);
     chooseProgram(session, [=](Session& self, int program) {
-        readBlock(self, { program },
-            [=](Session& again, const SettingsBlock& block) { then(again, { { program, block } }); });
+        readBlock(self, { program }, [=](Session& again, const SettingsBlock& block) {
+            then(again, { { program, block } });
+        });
     });
 }
 

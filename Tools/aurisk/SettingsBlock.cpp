@@ -77,7 +77,8 @@ const BlockField* fieldOf(const SettingsBlock& block, std::string_view name)
     if (name == "numberOfPrograms" && std::holds_alternative<AuriskA4GlobalDsp>(block))
         name = "programNbr";
     const auto& fields = fieldsOf(block);
-    const auto found = std::find_if(fields.begin(), fields.end(), [&](const auto& field) { return field.name == name; });
+    const auto found
+        = std::find_if(fields.begin(), fields.end(), [&](const auto& field) { return field.name == name; });
     return found == fields.end() ? nullptr : &*found;
 }
 

@@ -77,8 +77,8 @@ std::optional<SettingsBlock> decodeBlock(BlockKind kind, AuriskChip chip, DataVi
 /// The fields under their names, with the names of cases.
 Json fieldsToJson(const SettingsBlock& block);
 
-/// Sets the fields that an object names. Throws codec::Unusable, or PreconditionStop for a list of the wrong length or a
-/// number that is too large, and leaves the block as it was then. `place` is the object's.
+/// Sets the fields that an object names. Throws codec::Unusable, or PreconditionStop for a list of the wrong length or
+/// a number that is too large, and leaves the block as it was then. `place` is the object's.
 void setFields(SettingsBlock& block, const nlohmann::json& object, const std::string& place);
 
 } // namespace aurisk::tool

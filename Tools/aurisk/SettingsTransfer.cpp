@@ -116,8 +116,7 @@ std::vector<Wanted> programsIn(const ExchangePart& part, const codec::Members& d
         const codec::Place here{ name, &place };
         const codec::Members members(given[i], &here);
         const codec::Place number{ "program", &here };
-        const auto program
-            = int(codec::readInteger(members.at(number), number, blockPrograms.low, blockPrograms.high));
+        const auto program = int(codec::readInteger(members.at(number), number, blockPrograms.low, blockPrograms.high));
         auto fields = readFields(members, here, BlockKind::program, part.chip);
         if (!wanted.emplace(program, Wanted{ { program }, std::move(fields) }).second)
             throw codec::Unusable(number, fmt::format("{} is there twice", program));
@@ -234,12 +233,13 @@ Plan planImport(const Options& options, BlockKind kind)
                     prepareNext(self, job);
                 });
             },
-        .check = [=, path = options.file](const AuriskAccessory& device) {
-            const auto failure = whyWithoutSettings(device);
-            if (!failure)
-                partFor(device, parts, path);
-            return failure;
-        },
+        .check =
+            [=, path = options.file](const AuriskAccessory& device) {
+                const auto failure = whyWithoutSettings(device);
+                if (!failure)
+                    partFor(device, parts, path);
+                return failure;
+            },
     };
 }
 
