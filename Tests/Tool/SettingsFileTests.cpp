@@ -169,7 +169,7 @@ TEST_F(ToolSettingsFile, AFileThatDoesNotFitChangesNobody)
     } const cases[] = {
         { "", "is no JSON (line 1)" },
         { "{\n\"aurisk\": 1,\n]", "is no JSON (line 3)" },
-        { "[]", "the line: a list is no object" },
+        { "[]", ": a list is no object" },
         { "{}", "member \"aurisk\": missing" },
         { with("/aurisk/format", "global"), "member \"aurisk.format\": \"global\" is not \"dsp\"" },
         { with("/aurisk/version", 2), "member \"aurisk.version\": 2 is not 1" },

@@ -25,7 +25,7 @@ Examples:
   aurisk info X1-L                     all about one of them
   aurisk volume set X1-L 3             its current program becomes quieter
   aurisk volume set X1 3 --both        the same for the pair X1-L and X1-R
-  aurisk eq set X1-L 1000=-6           one band of its equaliser becomes softer
+  aurisk eq set X1-L 1000=-6           one band of its equaliser at -6 dB
   aurisk dsp export X1-L fit.json      the settings of all its programs, to keep or to edit
   aurisk dsp import X1 fit.json --both     ... and to give to a pair
   aurisk monitor --both --json         what the wearer of a pair does, for a program to read

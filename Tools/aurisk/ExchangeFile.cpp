@@ -159,6 +159,8 @@ std::vector<ExchangePart> readExchangeFile(const std::string& path, std::string_
     const auto whole = parsed(path);
     std::vector<ExchangePart> parts;
     readingFile(path, [&] {
+        if (!whole.is_object())
+            throw codec::Unusable(codec::shown(whole) + " is no object");
         checkHead(whole, format);
         const codec::Place place{ "devices" };
         const auto& devices = codec::Members(whole).at(place);
