@@ -185,7 +185,8 @@ TEST_F(ToolSettingsFile, AFileThatDoesNotFitChangesNobody)
             inProgram + ".fields.feedbackCanceler\": \"on\" is none of off, normal, aggressive" },
         { with(program + "/fields/feedbackCanceler", 3),
             inProgram + ".fields.feedbackCanceler\": 3 is the raw value of no case" },
-        { with(program + "/fields/feedbackCanceler", 1.5), inProgram + ".fields.feedbackCanceler\": 1.5 is no integer" },
+        { with(program + "/fields/feedbackCanceler", 1.5),
+            inProgram + ".fields.feedbackCanceler\": 1.5 is no integer" },
         { with(program + "/fields/em0", 8), inProgram + ".fields\": em0: 8 does not fit in 3 bits" },
         { with(program + "/fields/equalizerArray", { 1, 2 }),
             inProgram + ".fields\": equalizerArray: 2 values where 16 are needed" },
@@ -225,7 +226,8 @@ TEST_F(ToolSettingsFile, WhereOneOfAPairLacksAProgramNeitherIsWrittenTo)
         EXPECT_EQ(aurisk("dsp import X1 --both " + path), ExitCode::usage);
         const std::string other = lacking == "X1-L" ? "X1-R" : "X1-L";
         EXPECT_THAT(sink.errors,
-            ElementsAre("aurisk: " + path + " is for program 2, which " + lacking + " does not have; nothing was written",
+            ElementsAre(
+                "aurisk: " + path + " is for program 2, which " + lacking + " does not have; nothing was written",
                 "aurisk: " + other + " was left as it is, since the other one cannot go on"));
         EXPECT_EQ(blocks("X1-L"), left);
         EXPECT_EQ(blocks("X1-R"), right);
@@ -246,7 +248,8 @@ TEST_F(ToolSettingsFile, WhatAnAidDidNotKeepIsFound)
     aid("X1-L").setState(state);
     EXPECT_EQ(end(), ExitCode::failed);
     EXPECT_THAT(sink.errors,
-        ElementsAre("aurisk: X1-L did not keep what was written for program 0: equalizerArray@1000 is -24 dB, not 0 dB"));
+        ElementsAre(
+            "aurisk: X1-L did not keep what was written for program 0: equalizerArray@1000 is -24 dB, not 0 dB"));
 }
 
 /// An import to a pair, with each kind of fault at each message of the left one.
@@ -266,7 +269,8 @@ TEST_F(ToolSettingsFile, WhateverGoesWrongNoneOfAPairIsWrittenToBeforeBothAreRea
     const int first = simulator->radio().messageCount("X1-L");
     ASSERT_EQ(aurisk("dsp import X1 --both " + path), ExitCode::done);
     const int messages = simulator->radio().messageCount("X1-L") - first;
-    for (const auto kind : { Kind::dropLinkBefore, Kind::dropLinkAfter, Kind::lose, Kind::duplicate, Kind::corrupt, Kind::refuse })
+    for (const auto kind :
+        { Kind::dropLinkBefore, Kind::dropLinkAfter, Kind::lose, Kind::duplicate, Kind::corrupt, Kind::refuse })
         for (int n = 1; n <= messages; ++n) {
             const auto what = "fault " + std::to_string(static_cast<int>(kind)) + " at message " + std::to_string(n);
             aid("X1-L").setState(pristine.first);
@@ -313,8 +317,8 @@ TEST_F(ToolSettingsFile, AnH01GoesBackToItsProgramWhateverComesInBetween)
                 EXPECT_THAT(ended, AnyOf(ExitCode::done, ExitCode::failed, ExitCode::usage)) << what;
                 EXPECT_EQ(ended != ExitCode::done, !sink.errors.empty()) << what;
                 const bool isBack = aid("Uno-R").state().program == 0;
-                const bool isSaid = !sink.errors.empty()
-                    && sink.errors.back().find("switch to program 0") != std::string::npos;
+                const bool isSaid
+                    = !sink.errors.empty() && sink.errors.back().find("switch to program 0") != std::string::npos;
                 EXPECT_TRUE(isBack || isSaid) << what;
             }
         faults("Uno-R").faults.clear();

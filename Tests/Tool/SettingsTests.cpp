@@ -5,8 +5,8 @@ namespace aurisk::tests {
 namespace {
 
 using testing::Contains;
-using testing::EndsWith;
 using testing::Each;
+using testing::EndsWith;
 
 class ToolSettings : public ToolScenario {
 protected:
@@ -47,7 +47,8 @@ TEST_F(ToolSettings, AChangeChangesItsBitsAlone)
         { { "dsp", "set", "X1-L", "inputMode", "ai0tc", "analogPreGainP0", "9" }, "X1-L", 0, {} },
         { { "dsp", "set", "X1-L", "inputMode", "ai0 (tc)", "analogPreGainP0", "9" }, "X1-L", 0, { { 0, 0x92 } } },
         // 5 becomes 35 in the six bits from bit 116 on.
-        { { "dsp", "set", "X1-L", "compressionRatioArray@250", "8.00 : 1" }, "X1-L", 0, { { 14, 0x39 }, { 15, 0x16 } } },
+        { { "dsp", "set", "X1-L", "compressionRatioArray@250", "8.00 : 1" }, "X1-L", 0,
+            { { 14, 0x39 }, { 15, 0x16 } } },
         { { "direction", "set", "X1-L", "normal", "--program", "1" }, "X1-L", 1, { { 0, 0x80 } } },
         { { "noise", "set", "X1-L", "medium" }, "X1-L", 0, { { 3, 0x4B } } },
     };
@@ -90,7 +91,8 @@ TEST_F(ToolSettings, EveryFieldIsShownWithItsLabelAndItsRawValue)
     EXPECT_EQ(aurisk("dsp show X1-L --program all"), ExitCode::done);
     for (const auto* program : { "0", "1", "2" })
         EXPECT_THAT(sink.output, Contains(std::string("X1-L  program ") + program + ", chip a16"));
-    EXPECT_THAT(sink.output, Contains("  7500  -4 dB   18      1.67 : 1  16           100 ms / 800 ms; 3 ms / 100 ms  4"));
+    EXPECT_THAT(
+        sink.output, Contains("  7500  -4 dB   18      1.67 : 1  16           100 ms / 800 ms; 3 ms / 100 ms  4"));
     EXPECT_THAT(sink.output, Each(testing::SizeIs(testing::Le(80U))));
 
     EXPECT_EQ(aurisk("dsp show X1 --both --json --program 1"), ExitCode::done);
@@ -138,7 +140,8 @@ TEST_F(ToolSettings, TheEqualiserIsDrawn)
     EXPECT_EQ(sink.output.size(), 1U + 21 + 3);
     EXPECT_THAT(sink.output, Each(testing::SizeIs(testing::Le(80U))));
     EXPECT_EQ(aurisk("eq Solo-L --json"), ExitCode::done);
-    EXPECT_EQ(objects()[0]["frequences"], (std::vector<int>{ 250, 500, 1000, 1500, 2000, 2500, 3000, 3500, 4000, 5000, 6000, 7000 }));
+    EXPECT_EQ(objects()[0]["frequences"],
+        (std::vector<int>{ 250, 500, 1000, 1500, 2000, 2500, 3000, 3500, 4000, 5000, 6000, 7000 }));
     EXPECT_EQ(objects()[0]["raw"], (std::vector<int>{ 1, 6, 8, 9, 10, 11, 12, 12, 13, 14, 14, 15 }));
     EXPECT_EQ(objects()[0]["dB"], (std::vector<int>{ -28, -18, -14, -12, -10, -8, -6, -6, -4, -2, -2, 0 }));
 }
@@ -169,7 +172,8 @@ TEST_F(ToolSettings, WhatFitsNoChipIsRefusedBeforeAnyDeviceIsLookedForAndWhatFit
         { "dsp set inputMod 1", "\"inputMod\" is the name of no field (aurisk dsp show lists them)" },
         { "dsp set X1-L inputMode", "inputMode: its value is missing (aurisk dsp --help)" },
         { "dsp set noiseReduction loud",
-            "noiseReduction: \"loud\" will not do; on an a4 or h01 it may be off, low, medium, high, on an a16 it may be "
+            "noiseReduction: \"loud\" will not do; on an a4 or h01 it may be off, low, medium, high, on an a16 it may "
+            "be "
             "off, low, medium, high, max" },
         { "dsp set expansion maybe", "expansion: \"maybe\" will not do; it may be off, on" },
         { "dsp set notCare 32", "notCare: \"32\" will not do; a number from 0 to 31 is needed" },
@@ -184,13 +188,16 @@ TEST_F(ToolSettings, WhatFitsNoChipIsRefusedBeforeAnyDeviceIsLookedForAndWhatFit
             "maximumPowerOutputArray@5100: \"5100\" is the frequency of no band; there are 250, 500, 1000, 1500, 2000, "
             "2500, 3000, 3500, 4000, 4500, 5000, 5500, 6000, 6500, 7000, 7500 Hz" },
         { "eq set 250=-41",
-            "250=-41: no such gain; on an a4 or h01 it may be -30, -28, -26, -24, -22, -20, -18, -16, -14, -12, -10, -8, "
-            "-6, -4, -2, 0 dB, on an a16 it may be -40, -38, -36, -34, -32, -30, -28, -26, -24, -22, -20, -18, -16, -14, "
+            "250=-41: no such gain; on an a4 or h01 it may be -30, -28, -26, -24, -22, -20, -18, -16, -14, -12, -10, "
+            "-8, "
+            "-6, -4, -2, 0 dB, on an a16 it may be -40, -38, -36, -34, -32, -30, -28, -26, -24, -22, -20, -18, -16, "
+            "-14, "
             "-12, -10, -8, -6, -4, -2, 0 dB" },
         { "noise set quiet", "noise: \"quiet\" will not do; it may be off, weak, medium, strong" },
         { "global set direction tv", "\"direction\" is the name of no field (aurisk global show lists them)" },
         { "global set numberOfPrograms 8",
-            "numberOfPrograms: \"8\" will not do; on an a4 or h01 a number from 0 to 3 is needed, on an a16 a number from "
+            "numberOfPrograms: \"8\" will not do; on an a4 or h01 a number from 0 to 3 is needed, on an a16 a number "
+            "from "
             "0 to 7 is needed" },
         { "dsp export X1-L /nowhere/fit.json", "/nowhere/fit.json cannot be written: No such file or directory" },
         { "dsp export X1-L /", "/ cannot be written: Is a directory" },
@@ -201,11 +208,12 @@ TEST_F(ToolSettings, WhatFitsNoChipIsRefusedBeforeAnyDeviceIsLookedForAndWhatFit
             "inputMode: \"noiseGenerator\" will not do; it may be " + smallModes, true },
         { "dsp set X1-L notCare 1", "\"notCare\" is the name of no field (aurisk dsp show lists them)", true },
         { "eq set Uno-R 4500=0",
-            "4500=0: \"4500\" is the frequency of no band; there are 250, 500, 1000, 1500, 2000, 2500, 3000, 3500, 4000, "
+            "4500=0: \"4500\" is the frequency of no band; there are 250, 500, 1000, 1500, 2000, 2500, 3000, 3500, "
+            "4000, "
             "5000, 6000, 7000 Hz",
             true },
-        { "global set Solo-L numberOfPrograms 4",
-            "numberOfPrograms: \"4\" will not do; a number from 0 to 3 is needed", true },
+        { "global set Solo-L numberOfPrograms 4", "numberOfPrograms: \"4\" will not do; a number from 0 to 3 is needed",
+            true },
     };
     for (const auto& [commandLine, sentence, isLookedFor] : cases) {
         simulator->radio().setState(isLookedFor ? CBManagerState::poweredOn : CBManagerState::poweredOff);
