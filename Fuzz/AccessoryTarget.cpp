@@ -19,18 +19,25 @@ struct Cache {
     bool brEdrContinuousIfEnable = false;
     std::optional<int> transLevel = {};
     bool hearingSupported = false;
+    std::map<int, Data> blocks = {};
+    std::optional<Data> global = {};
 
     friend bool operator==(const Cache&, const Cache&) = default;
 
     static Cache of(const AuriskAccessory& accessory)
     {
-        return { .bat = accessory.bat(),
+        Cache held{ .bat = accessory.bat(),
             .program = accessory.program(),
             .volumes = accessory.volumeDic(),
             .brEdr = accessory.brEdr(),
             .brEdrContinuousIfEnable = accessory.brEdrContinuousIfEnable(),
             .transLevel = accessory.transLevel(),
             .hearingSupported = accessory.hearingSupported() };
+        for (const auto& [program, dsp] : accessory.dspDic())
+            held.blocks[program] = dsp.toBytes();
+        if (accessory.global())
+            held.global = accessory.global()->toData();
+        return held;
     }
 
     /// The wearer has changed something.
@@ -49,6 +56,10 @@ struct Cache {
             volumes[volume->program] = volume->volume;
         if (const auto* change = std::get_if<AuriskRequest::controlProgram>(&asked))
             program = change->program;
+        if (const auto* block = std::get_if<AuriskRequest::writeDsp>(&asked))
+            blocks[block->program] = block->dsp.toBytes();
+        if (const auto* block = std::get_if<AuriskRequest::writeGlobalDsp>(&asked))
+            global = block->global.toData();
         if (const auto* transparency = std::get_if<AuriskRequest::setTransparency>(&asked))
             transLevel = transparency->level;
         if (const auto* classic = std::get_if<AuriskRequest::setBrEdr>(&asked)) {
@@ -72,15 +83,20 @@ struct Cache {
             brEdrContinuousIfEnable = classic->continuousIfEnable;
         } else if (response.as<AuriskResponse::didReadHearingTest>())
             hearingSupported = true;
-        else if (!response.as<AuriskResponse::didReadDsp>() && !response.as<AuriskResponse::didReadGlobal>()
-            && !response.as<AuriskResponse::didReadProfile>())
+        else if (const auto* block = response.as<AuriskResponse::didReadDsp>()) {
+            if (AuriskA16Dsp::decode(block->data)) // the fuzzed device has that chip
+                blocks[block->program] = Data(block->data.begin(), block->data.begin() + 56);
+        } else if (const auto* shared = response.as<AuriskResponse::didReadGlobal>()) {
+            if (shared->data.size() >= 12)
+                global = Data(shared->data.begin(), shared->data.begin() + 12);
+        } else if (!response.as<AuriskResponse::didReadProfile>())
             acknowledged(request);
     }
 };
 
 AuriskRequest chooseRequest(InputReader& reader)
 {
-    const int which = reader.byte() % 9, a = reader.byte() % 200, b = reader.byte();
+    const int which = reader.byte() % 11, a = reader.byte() % 200, b = reader.byte();
     switch (which) {
     case 0: return AuriskRequest::readVolume{ .program = a };
     case 1: return AuriskRequest::controlVolume{ .volume = b, .program = a };
@@ -90,6 +106,16 @@ AuriskRequest chooseRequest(InputReader& reader)
     case 5: return AuriskRequest::readProgramVolume{};
     case 6: return AuriskRequest::getTransparencyLevel{};
     case 7: return AuriskRequest::readOrientation{};
+    case 8: {
+        AuriskA16Dsp dsp;
+        dsp.setEq(b, 250);
+        return AuriskRequest::writeDsp{ .dsp = dsp, .program = a % 8, .withResponse = true };
+    }
+    case 9: {
+        AuriskA16GlobalDsp global;
+        global.numberOfPrograms = b % 8;
+        return AuriskRequest::writeGlobalDsp{ .global = global, .chip = AuriskChip::a16, .withResponse = true };
+    }
     default: return AuriskRequest::writeDspData{ .data = Data(std::size_t(a)), .program = 0, .withResponse = true };
     }
 }

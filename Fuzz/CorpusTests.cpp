@@ -29,6 +29,7 @@ constexpr NamedTarget targets[] = {
     { "advertisement", fuzz::advertisement },
     { "hexadecimal", fuzz::hexadecimal },
     { "accessory", fuzz::accessory },
+    { "block", fuzz::block },
     { "world", fuzz::world },
 };
 

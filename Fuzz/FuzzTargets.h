@@ -19,6 +19,7 @@ void payload(DataView input); ///< command, identifiers and payload, put into a 
 void advertisement(DataView input); ///< a sequence of advertisements of one device
 void hexadecimal(DataView input); ///< text that a person has written
 void accessory(DataView input); ///< a sequence of requests, notifications and mishaps of a connected hearing aid
+void block(DataView input); ///< a settings block or a log as it stands
 void world(DataView input); ///< a file that describes a simulated world
 
 class Failure : public std::runtime_error {

@@ -1,5 +1,8 @@
 #include "Simulator/AuriskAidState.h"
 
+#include "AuriskSDK/Shared/Utils/HexToData.h"
+#include "Simulator/AuriskAidMemory.h"
+#include "Simulator/AuriskFactory.h"
 #include "Simulator/WorldReader.h"
 
 #include <algorithm>
@@ -37,6 +40,18 @@ struct Members {
         visit.number("amplitude", base.amplitude, largestWord);
     }
 
+    template <typename Visitor, typename Usage> static void ofUsage(Visitor& visit, Usage& usage)
+    {
+        visit.number("totalRunTime", usage.totalRunTime, mostCounted);
+        visit.number("runTimeSincePowerUp", usage.runTimeSincePowerUp, mostCounted);
+        visit.number("batteryRunTime", usage.batteryRunTime, mostCounted);
+        visit.number("numberOfBatteryChanges", usage.numberOfBatteryChanges, mostCounted);
+        visit.numbers("programRunTimes", usage.programRunTimes, mostCounted);
+        visit.numbers("runTimeHistory", usage.runTimeHistory, mostCounted);
+        visit.bytes("userEvents", usage.userEvents);
+        visit.bytes("loopGains", usage.loopGains);
+    }
+
     template <typename Visitor, typename State> static void ofState(Visitor& visit, State& state)
     {
         visit.text("name", state.name);
@@ -62,8 +77,14 @@ struct Members {
         visit.number("battery", state.battery, 100);
         visit.flag("shipped", state.shipped);
         visit.flag("switchedOff", state.switchedOff);
+        visit.byteLists("programBlocks", state.programBlocks);
+        visit.bytes("globalBlock", state.globalBlock);
+        visit.profile("profile", state.profile);
+        visit.group("usage", state.usage, [](auto& inner, auto& usage) { ofUsage(inner, usage); });
     }
 };
+
+Data bytesOfText(const std::string& text) { return { text.begin(), text.end() }; }
 
 struct Reading {
     WorldReader reader;
@@ -71,9 +92,39 @@ struct Reading {
     void text(std::string_view key, std::string& value) { value = reader.text(key); }
     void flag(std::string_view key, bool& value) { value = reader.boolean(key, value); }
     void ear(std::string_view key, bool& isRight) { isRight = reader.choice<bool>(key, isRight, ears); }
-    void numbers(std::string_view key, std::vector<int>& value, int high)
+
+    template <typename List> void numbers(std::string_view key, List& value, std::int64_t high)
     {
-        value = reader.integers(key, value, 0, high);
+        const auto numbers = reader.integers(key, high);
+        if (!numbers)
+            return;
+        if constexpr (requires { value.resize(0); })
+            value.resize(numbers->size());
+        else if (numbers->size() != value.size())
+            failAt(reader.place(key), fmt::format("must be {} numbers", value.size()));
+        std::transform(numbers->begin(), numbers->end(), value.begin(),
+            [](std::int64_t number) { return typename List::value_type(number); });
+    }
+
+    void bytes(std::string_view key, Data& value) { value = reader.bytes(key).value_or(Data{}); }
+
+    void byteLists(std::string_view key, std::vector<Data>& value)
+    {
+        reader.each(key,
+            [&](const auto& element, const auto& place) { value.push_back(WorldReader::bytesOf(element, place)); });
+    }
+
+    void profile(std::string_view key, std::map<std::uint8_t, Data>& value)
+    {
+        group(key, value, [](Reading& inner, auto& fields) {
+            for (const auto& field : auriskProfileFields())
+                if (!inner.reader.find(field.name))
+                    continue;
+                else if (field.isText)
+                    fields[field.number] = bytesOfText(inner.reader.text(field.name));
+                else
+                    inner.bytes(field.name, fields[field.number]);
+        });
     }
 
     void byte(std::string_view key, std::uint8_t& value, int high, std::span<const NamedByte> names)
@@ -98,9 +149,15 @@ struct Reading {
 
     template <typename Part> void part(std::string_view key, std::optional<Part>& value, auto visitMembers)
     {
+        if (reader.find(key))
+            group(key, value.emplace(), visitMembers);
+    }
+
+    template <typename Part> void group(std::string_view key, Part& value, auto visitMembers)
+    {
         if (const auto* given = reader.find(key)) {
             Reading inner{ WorldReader(*given, reader.place(key)) };
-            visitMembers(inner, value.emplace());
+            visitMembers(inner, value);
             inner.reader.finish();
         }
     }
@@ -112,7 +169,34 @@ struct Writing {
     void text(const char* key, const std::string& value) { object[key] = value; }
     void flag(const char* key, bool value) { object[key] = value; }
     void ear(const char* key, bool isRight) { object[key] = nameOf<bool>(isRight, ears); }
-    void numbers(const char* key, const std::vector<int>& value, int) { object[key] = value; }
+    void numbers(const char* key, const auto& value, std::int64_t) { object[key] = value; }
+
+    void bytes(const char* key, const Data& value)
+    {
+        if (!value.empty())
+            object[key] = ask_hexadecimal(value);
+    }
+
+    void byteLists(const char* key, const std::vector<Data>& value)
+    {
+        auto list = nlohmann::json::array();
+        for (const auto& bytes : value)
+            list.push_back(ask_hexadecimal(bytes));
+        object[key] = std::move(list);
+    }
+
+    void profile(const char* key, const std::map<std::uint8_t, Data>& value)
+    {
+        group(key, value, [](Writing& inner, const auto& fields) {
+            for (const auto& field : auriskProfileFields())
+                if (const auto found = fields.find(field.number); found == fields.end())
+                    continue;
+                else if (field.isText)
+                    inner.text(field.name, { found->second.begin(), found->second.end() });
+                else
+                    inner.bytes(field.name, found->second);
+        });
+    }
 
     void byte(const char* key, std::uint8_t value, int, std::span<const NamedByte> names)
     {
@@ -132,10 +216,14 @@ struct Writing {
 
     template <typename Part> void part(const char* key, const std::optional<Part>& value, auto visitMembers)
     {
-        if (!value)
-            return;
+        if (value)
+            group(key, *value, visitMembers);
+    }
+
+    template <typename Part> void group(const char* key, const Part& value, auto visitMembers)
+    {
         Writing inner;
-        visitMembers(inner, *value);
+        visitMembers(inner, value);
         object[key] = std::move(inner.object);
     }
 };
@@ -147,6 +235,12 @@ bool isAddress(std::string_view text)
         if (i % 3 == 2 ? text[i] != ':' : digits.find(text[i]) == std::string_view::npos)
             return false;
     return text.size() == 17;
+}
+
+void refuseBrokenRecords(const Data& records, std::size_t size, std::size_t most, const std::string& place)
+{
+    if (records.size() % size != 0 || records.size() > most)
+        failAt(place, fmt::format("must be records of {} bytes, at most {}", size, most / size));
 }
 
 } // namespace
@@ -177,9 +271,16 @@ AuriskAidState auriskAidStateFromJson(const nlohmann::json& value, const std::st
         failAt(place + ".volumes", fmt::format("must be 1 to {} numbers", mostPrograms));
     if (std::size_t(state.program) >= programs)
         failAt(place + ".program", fmt::format("{} is outside 0 to {}", state.program, programs - 1));
+    refuseBrokenRecords(state.usage.userEvents, userEventSize, mostUserEventBytes, place + ".usage.userEvents");
+    refuseBrokenRecords(state.usage.loopGains, loopGainSize, mostLoopGainBytes, place + ".usage.loopGains");
+    completeMemory(state, place);
     return state;
 }
 
-void validate(const AuriskAidState& state, const std::string& place) { auriskAidStateFromJson(toJson(state), place); }
+AuriskAidState completed(AuriskAidState state, const std::string& place)
+{
+    state.programBlocks.resize(std::min(state.programBlocks.size(), state.volumes.size()));
+    return auriskAidStateFromJson(toJson(state), place);
+}
 
 } // namespace aurisk

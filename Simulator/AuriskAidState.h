@@ -1,8 +1,11 @@
 #pragma once
 
+#include "AuriskSDK/Platform/Data.h"
+#include "Simulator/AuriskUsage.h"
 #include "Simulator/SimulatedWorldError.h"
 
 #include <cstdint>
+#include <map>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
@@ -63,18 +66,26 @@ struct AuriskAidState {
     bool shipped = false; ///< packed for shipping: off the air
     bool switchedOff = false; ///< by its wearer: off the air
 
+    // What it keeps. What is empty or missing here has what the factory gives it (AuriskFactory.h).
+    std::vector<Data> programBlocks = {}; ///< of the first five programs, on chips that have blocks
+    Data globalBlock = {};
+    std::map<std::uint8_t, Data> profile = {}; ///< by the number of the field
+    AuriskUsage usage = {};
+
     friend bool operator==(const AuriskAidState&, const AuriskAidState&) = default;
 };
 
 /// The ear that the name says: "-R" at its end is the right one.
 bool isRightByName(std::string_view name);
 
-/// Throws SimulatedWorldError for a state that cannot be; `place` is what it calls the state.
-void validate(const AuriskAidState& state, const std::string& place);
+/// The same with everything that the factory gives it, and without the blocks of programs that it does not have. Throws
+/// SimulatedWorldError for a state that cannot be; `place` is what it calls the state.
+AuriskAidState completed(AuriskAidState state, const std::string& place = "aid");
 
 nlohmann::json toJson(const AuriskAidState& state);
 
-/// What is missing has its default, name and address apart; the ear's is that of the name's suffix.
+/// What is missing has its default, name and address apart; the ear's is that of the name's suffix, and that of blocks
+/// and profile is the factory's.
 AuriskAidState auriskAidStateFromJson(const nlohmann::json& value, const std::string& place);
 
 } // namespace aurisk

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AuriskSDK/Platform/Bluetooth.h"
+#include "AuriskSDK/Platform/Dispatch.h"
 #include "Simulator/SimulatedWorldError.h"
 
 #include <functional>
@@ -88,6 +89,9 @@ public:
 
     /// Everything there is to know of it, in the form that `aidFromJson` reads.
     virtual nlohmann::json toJson() const = 0;
+
+    /// Set by the link: from now on this clock says what time it is. Without one no time goes by.
+    virtual void keepTime(std::function<Seconds()>) { }
 
     /// Set by the link: carries a notification away.
     std::function<void(const CBUUID& characteristic, Data value)> notify;

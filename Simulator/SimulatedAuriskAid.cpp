@@ -2,7 +2,9 @@
 
 #include "AuriskSDK/Shared/Utils/HexToData.h"
 #include "Simulator/AidFrame.h"
+#include "Simulator/AuriskAidMemory.h"
 
+#include <cmath>
 #include <nlohmann/json.hpp>
 #include <utility>
 
@@ -14,13 +16,18 @@ const CBUUID dataService(0xAE30), requests(0xAE01), replies(0xAE02);
 const CBUUID batteryService(0x180F), batteryLevel(0x2A19);
 
 constexpr std::uint8_t reading = 0x11, writing = 0x14, controlling = 0x1C, auxiliary = 0x1D, shipping = 0xCC;
+constexpr std::uint8_t block = 0x03, volumes = 0x04, ear = 0x05, logBlock = 0x06, profileField = 0x08;
 constexpr std::uint8_t succeeded = 0x80, refused = 0xC0, wearerActed = 0x9F;
 
 /// The writes of blocks that carry this flag in their first identifier ask not to be answered.
 bool wantsNoAnswer(const AidFrame& request)
 {
-    return request.command == writing && request.second() == 0x03 && (request.first() & 0x80) != 0;
+    return request.command == writing && request.second() == block && (request.first() & 0x80) != 0;
 }
+
+std::optional<Data> acknowledged(bool done) { return done ? std::optional(Data{}) : std::nullopt; }
+
+constexpr std::int64_t worthSaving = 60; ///< seconds
 
 } // namespace
 
@@ -33,16 +40,55 @@ std::shared_ptr<SimulatedAuriskAid> SimulatedAuriskAid::fromJson(const nlohmann:
 
 nlohmann::json SimulatedAuriskAid::toJson() const
 {
-    auto value = aurisk::toJson(_state);
+    auto value = aurisk::toJson(uncountedSeconds() < worthSaving ? _state : state());
     value["kind"] = "aurisk";
     return value;
 }
 
 void SimulatedAuriskAid::setState(AuriskAidState state)
 {
-    validate(state, state.name);
-    _state = std::move(state);
+    const auto name = state.name;
+    _state = completed(std::move(state), name);
+    _countedUntil = _clock ? _clock() : Seconds(0);
 }
+
+AuriskAidState SimulatedAuriskAid::state() const
+{
+    auto now = _state;
+    letPass(now, uncountedSeconds());
+    return now;
+}
+
+// Time
+
+void SimulatedAuriskAid::keepTime(std::function<Seconds()> clock)
+{
+    if (uncountedSeconds() >= worthSaving)
+        catchUp();
+    _clock = std::move(clock);
+    _countedUntil = _clock ? _clock() : Seconds(0);
+}
+
+std::int64_t SimulatedAuriskAid::uncountedSeconds() const
+{
+    constexpr Seconds roundingError{ 1e-6 };
+    return _clock && isOnAir() ? std::int64_t(std::floor((_clock() - _countedUntil + roundingError).count())) : 0;
+}
+
+void SimulatedAuriskAid::catchUp()
+{
+    const auto seconds = uncountedSeconds();
+    const auto battery = _state.battery;
+    letPass(_state, seconds);
+    if (isOnAir())
+        _countedUntil += Seconds(double(seconds));
+    else if (_clock)
+        _countedUntil = _clock();
+    if (_state.battery != battery)
+        send(batteryLevel, { std::uint8_t(_state.battery) });
+}
+
+// The air
 
 CBAdvertisementData SimulatedAuriskAid::advertisement() const
 {
@@ -67,7 +113,7 @@ std::vector<SimulatedService> SimulatedAuriskAid::gattTable() const
 std::optional<Data> SimulatedAuriskAid::read(const CBUUID& characteristic) const
 {
     if (characteristic == batteryLevel)
-        return Data{ std::uint8_t(_state.battery) };
+        return Data{ std::uint8_t(state().battery) };
     return std::nullopt;
 }
 
@@ -76,6 +122,8 @@ void SimulatedAuriskAid::didReceive(const CBUUID& characteristic, DataView value
     const auto request = characteristic == requests ? AidFrame::parse(value) : std::nullopt;
     if (!request)
         return;
+    if (request->command != reading)
+        catchUp();
     const auto answered = request->hasIdentifiers() ? answer(*request) : std::nullopt;
     if (!request->hasIdentifiers() || !wantsNoAnswer(*request))
         reply(*request, answered);
@@ -114,10 +162,18 @@ SimulatedAuriskAid::Answer SimulatedAuriskAid::answerRead(const AidFrame& reques
     const auto what = request.first();
     if (!request.payload().empty())
         return std::nullopt;
-    if (what == 0x80 && request.second() == 0x05)
-        return Data{ std::uint8_t(_state.isRight) };
-    if (request.second() != 0x04)
-        return std::nullopt;
+    switch (request.second()) {
+    case block: return readBlock(_state, what);
+    case volumes: return answerVolume(what);
+    case ear: return what == 0x80 ? Answer(Data{ std::uint8_t(_state.isRight) }) : std::nullopt;
+    case logBlock: return readLog(state(), what);
+    case profileField: return readProfileField(_state, what);
+    default: return std::nullopt;
+    }
+}
+
+SimulatedAuriskAid::Answer SimulatedAuriskAid::answerVolume(std::uint8_t what) const
+{
     if (what == 0x00)
         return Data{ std::uint8_t(_state.program) };
     if (what == 0xFF) {
@@ -132,11 +188,18 @@ SimulatedAuriskAid::Answer SimulatedAuriskAid::answerRead(const AidFrame& reques
 
 SimulatedAuriskAid::Answer SimulatedAuriskAid::answerWrite(const AidFrame& request)
 {
+    const auto what = request.first();
     const auto payload = request.payload();
-    if (request.first() != 0x80 || request.second() != 0x05 || payload.size() != 1 || payload[0] > 1)
-        return std::nullopt;
-    _state.isRight = payload[0] == 1;
-    return Data{};
+    switch (request.second()) {
+    case block: return acknowledged(writeBlock(_state, what & 0x7F, payload));
+    case profileField: return acknowledged(writeProfileField(_state, what, payload));
+    case ear:
+        if (what != 0x80 || payload.size() != 1 || payload[0] > 1)
+            return std::nullopt;
+        _state.isRight = payload[0] == 1;
+        return Data{};
+    default: return std::nullopt;
+    }
 }
 
 SimulatedAuriskAid::Answer SimulatedAuriskAid::answerControl(const AidFrame& request)
@@ -231,6 +294,7 @@ SimulatedAuriskAid::Answer SimulatedAuriskAid::answerShip(const AidFrame& reques
 {
     if (request.first() != 0xC3 || request.second() != 0x49 || !request.payload().empty())
         return std::nullopt;
+    notePowerDown(_state.usage);
     _state.shipped = true;
     return Data{};
 }
@@ -247,7 +311,9 @@ void SimulatedAuriskAid::resetToFactory()
     fresh.volumes.assign(_state.volumes.size(), fresh.volumes.front());
     fresh.isRight = isRightByName(_state.name);
     fresh.battery = _state.battery;
-    _state = std::move(fresh);
+    fresh.profile = std::move(_state.profile);
+    fresh.usage = std::move(_state.usage);
+    _state = completed(fresh);
 }
 
 bool SimulatedAuriskAid::accepts(const WearerAction& action) const
@@ -266,22 +332,43 @@ bool SimulatedAuriskAid::perform(const WearerAction& action)
 {
     if (!accepts(action))
         return false;
+    catchUp();
     if (action.what == "volume") {
         _state.volumes[std::size_t(_state.program)] = action.value;
+        noteUserEvent(_state, AuriskUserEvent::volume, action.value);
         notifyProgramAndVolumes();
     } else if (action.what == "program") {
         _state.program = action.value;
+        noteUserEvent(_state, AuriskUserEvent::program, action.value);
         notifyProgramAndVolumes();
     } else if (action.what == "battery") {
-        _state.battery = action.value;
-        send(batteryLevel, { std::uint8_t(action.value) });
+        putInBattery(action.value);
     } else if (action.what == "mute") {
         _state.muted = action.value == 1;
-    } else {
-        _state.switchedOff = action.value == 0;
-        _state.shipped = _state.shipped && _state.switchedOff;
+        noteUserEvent(_state, AuriskUserEvent::mute, action.value);
+    } else if (isOnAir() != (action.value == 1)) {
+        turnPower(action.value == 1);
     }
     return true;
+}
+
+/// A level that falls is the same battery, some time later.
+void SimulatedAuriskAid::putInBattery(int percent)
+{
+    if (percent > std::exchange(_state.battery, percent)) {
+        noteNewBattery(_state.usage);
+        noteUserEvent(_state, AuriskUserEvent::battery, percent);
+    }
+    send(batteryLevel, { std::uint8_t(percent) });
+}
+
+void SimulatedAuriskAid::turnPower(bool on)
+{
+    if (!on)
+        notePowerDown(_state.usage);
+    _state.switchedOff = !on;
+    _state.shipped = false;
+    noteUserEvent(_state, AuriskUserEvent::power, on);
 }
 
 void SimulatedAuriskAid::notifyProgramAndVolumes() const

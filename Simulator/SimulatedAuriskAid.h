@@ -14,7 +14,9 @@ struct AidFrame;
 /// Each request is answered on AE02, with its command plus 0x80 or, when refused, plus 0xC0, and its two identifiers.
 /// It refuses what it does not know, programs that it does not have and payloads of the wrong length; a value that is
 /// no frame, or whose checksum is wrong, it does not answer. When its wearer changes program or volume it says so by
-/// itself (0x9F), and so it does with the battery level. Parameter blocks, profile fields and logs are refused.
+/// itself (0x9F), and so it does with the battery level.
+///
+/// It has no timer: what time does to it (its battery, its run times) shows whenever somebody looks.
 class SimulatedAuriskAid final : public SimulatedAid {
 public:
     /// Throws SimulatedWorldError for a state that cannot be.
@@ -23,10 +25,11 @@ public:
     /// `place` is what an error calls the value.
     static std::shared_ptr<SimulatedAuriskAid> fromJson(const nlohmann::json& value, const std::string& place);
 
-    const AuriskAidState& state() const { return _state; }
+    /// As it is at this moment.
+    AuriskAidState state() const;
 
-    /// Changes the aid behind everybody's back: nothing is notified. Throws SimulatedWorldError for a state that
-    /// cannot be, and changes nothing then.
+    /// Changes the aid behind everybody's back: nothing is notified. What is missing of blocks and profile has what the
+    /// factory gives it. Throws SimulatedWorldError for a state that cannot be, and changes nothing then.
     void setState(AuriskAidState state);
 
     std::string name() const override { return _state.name; }
@@ -39,6 +42,9 @@ public:
     std::optional<Data> read(const CBUUID& characteristic) const override;
     bool accepts(const WearerAction& action) const override;
     bool perform(const WearerAction& action) override;
+    void keepTime(std::function<Seconds()> clock) override;
+
+    /// Less than a minute in which nothing happened is left out, so that a short look at a world does not change it.
     nlohmann::json toJson() const override;
 
 private:
@@ -47,6 +53,7 @@ private:
 
     Answer answer(const AidFrame& request);
     Answer answerRead(const AidFrame& request) const;
+    Answer answerVolume(std::uint8_t what) const;
     Answer answerWrite(const AidFrame& request);
     Answer answerControl(const AidFrame& request);
     Answer answerAuxiliary(const AidFrame& request);
@@ -56,9 +63,15 @@ private:
     int programCount() const { return int(_state.volumes.size()); }
     void reply(const AidFrame& request, const Answer& answer) const;
     void resetToFactory();
+    void turnPower(bool on);
+    void putInBattery(int percent);
+    std::int64_t uncountedSeconds() const;
+    void catchUp();
     void notifyProgramAndVolumes() const;
 
-    AuriskAidState _state;
+    AuriskAidState _state; ///< as it was when it was counted last
+    std::function<Seconds()> _clock;
+    Seconds _countedUntil{ 0 };
 };
 
 } // namespace aurisk

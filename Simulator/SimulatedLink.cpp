@@ -52,6 +52,7 @@ std::shared_ptr<SimulatedLink> SimulatedLink::create(
         if (const auto self = weak.lock())
             self->notifyHost(characteristic, std::move(value));
     };
+    link->aid().keepTime([&queue] { return queue.now(); });
     return link;
 }
 
@@ -66,6 +67,7 @@ SimulatedLink::~SimulatedLink()
 {
     release();
     aid().notify = nullptr;
+    aid().keepTime(nullptr);
 }
 
 std::size_t SimulatedLink::maximumValueLength() const

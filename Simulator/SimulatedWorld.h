@@ -44,7 +44,8 @@ struct SimulatedWorld {
     std::vector<ScriptedAction> script = {}; ///< in the order of time
     std::optional<Seconds> scriptPeriod = {}; ///< starts the script again after so long; none: it runs once
 
-    /// A pair X1-L and X1-R, a single Solo-L, and wearers who touch their aids every few seconds.
+    /// A pair X1-L and X1-R (a16), a single Solo-L (a4) and a single Uno-R (h01), and wearers who touch their aids
+    /// every few seconds.
     static SimulatedWorld makeDefault();
 
     /// Throws SimulatedWorldError for anything wrong: an unknown key, a wrong type, a number out of range, two aids of

@@ -1,5 +1,7 @@
 #include "Simulator/WorldReader.h"
 
+#include "AuriskSDK/Shared/Utils/HexToData.h"
+
 #include <algorithm>
 #include <fmt/format.h>
 
@@ -85,15 +87,30 @@ Seconds WorldReader::seconds(std::string_view key, Seconds fallback, Seconds low
     return Seconds(inRange(*value, low.count(), high.count(), place(key)));
 }
 
-std::vector<int> WorldReader::integers(std::string_view key, std::vector<int> fallback, int low, int high)
+std::optional<std::vector<std::int64_t>> WorldReader::integers(std::string_view key, std::int64_t high)
 {
     if (!find(key))
-        return fallback;
-    std::vector<int> all;
-    each(key, [&](const auto& element, const std::string& where) {
-        all.push_back(int(integerIn(element, low, high, where)));
-    });
+        return std::nullopt;
+    std::vector<std::int64_t> all;
+    each(
+        key, [&](const auto& element, const std::string& where) { all.push_back(integerIn(element, 0, high, where)); });
     return all;
+}
+
+std::optional<Data> WorldReader::bytes(std::string_view key)
+{
+    const auto* value = find(key);
+    return value ? std::optional(bytesOf(*value, place(key))) : std::nullopt;
+}
+
+Data WorldReader::bytesOf(const nlohmann::json& value, const std::string& place)
+{
+    auto digits = value.is_string() ? value.get<std::string>() : std::string();
+    std::erase(digits, ' ');
+    if (digits.empty() || digits.size() % 2 != 0
+        || digits.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos)
+        failAt(place, "must be bytes, two hexadecimal digits each");
+    return ask_hexadecimal(digits).value();
 }
 
 void WorldReader::each(

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AuriskSDK/Platform/Data.h"
 #include "AuriskSDK/Platform/Dispatch.h"
 #include "Simulator/SimulatedWorldError.h"
 
@@ -46,7 +47,13 @@ public:
     bool boolean(std::string_view key, bool fallback);
     std::int64_t integer(std::string_view key, std::int64_t fallback, std::int64_t low, std::int64_t high);
     Seconds seconds(std::string_view key, Seconds fallback, Seconds low, Seconds high);
-    std::vector<int> integers(std::string_view key, std::vector<int> fallback, int low, int high);
+
+    /// Each number of a list, from 0 to `high`; none where there is no list.
+    std::optional<std::vector<std::int64_t>> integers(std::string_view key, std::int64_t high);
+
+    /// At least one byte, in hexadecimal text that may have blanks; none where there is no text.
+    std::optional<Data> bytes(std::string_view key);
+    static Data bytesOf(const nlohmann::json& value, const std::string& place);
 
     /// Reads each element of a list, which may be missing, with its place.
     void each(std::string_view key, const std::function<void(const nlohmann::json& element, std::string place)>& read);

@@ -74,7 +74,7 @@ TEST_F(Request, ThatTheAidRefusesFailsWithTheErrorOfItsKindAndChangesNothing)
 {
     givenAConnectedAid();
     for (const AuriskRequest& refused : { AuriskRequest(readVolume(9)),
-             AuriskRequest(AuriskRequest::writeProfile{ .data = { 1 }, .type = AuriskProfileType::productSku }),
+             AuriskRequest(AuriskRequest::writeProfile{ .data = { 1 }, .type = AuriskProfileType::productReserved }),
              AuriskRequest(AuriskRequest::controlProgram{ .program = 9 }),
              AuriskRequest(AuriskRequest::setBaseAmplitude{ .freq = 1000, .amp = 1 }) })
         whenRequesting(refused);
@@ -82,11 +82,32 @@ TEST_F(Request, ThatTheAidRefusesFailsWithTheErrorOfItsKindAndChangesNothing)
     after(5s);
     EXPECT_THAT(results(),
         ElementsAre("readVolume(program: 9) => error(error: readError)",
-            "writeProfile(data: 1 bytes, type: productSku) => error(error: writeError)",
+            "writeProfile(data: 1 bytes, type: productReserved) => error(error: writeError)",
             "controlProgram(program: 9) => error(error: controlError)",
             "setBaseAmplitude(freq: 1000, amp: 1) => error(error: btError)"));
     EXPECT_EQ(accessory->program(), std::nullopt);
     EXPECT_TRUE(accessory->volumeDic().empty());
+}
+
+TEST_F(Request, ReadsAndWritesWhatTheAidKeeps)
+{
+    givenAConnectedAid();
+    const auto read = [this](const AuriskRequest& request) {
+        whenRequesting(request);
+        after(1s);
+        return results();
+    };
+    EXPECT_THAT(read(AuriskRequest::readDsp{ .program = 2 }),
+        ElementsAre("readDsp(program: 2) => success(data: didReadDsp(program: 2, data: 56 bytes))"));
+    EXPECT_THAT(read(AuriskRequest::writeDspData{ .data = Data(56, 0x11), .program = 2, .withResponse = true }),
+        ElementsAre(testing::HasSubstr(" => success(data: didRequest(")));
+    EXPECT_EQ(aid().programBlocks[2], Data(56, 0x11));
+    EXPECT_THAT(read(AuriskRequest::readGlobalDsp{ .chip = AuriskChip::a16 }),
+        ElementsAre(testing::HasSubstr(" => success(data: didReadGlobal(data: 12 bytes))")));
+    EXPECT_THAT(read(AuriskRequest::readProfile{ .type = AuriskProfileType::productSeries }),
+        ElementsAre(testing::HasSubstr(" => success(data: didReadProfile(data: 2 bytes, type: productSeries))")));
+    EXPECT_THAT(read(AuriskRequest::writeProtocolData{ .data = AuriskRawData::make(0x11, 0x03, 0x06) }),
+        ElementsAre(testing::HasSubstr(" => success(data: didRequest(")));
 }
 
 TEST_F(Request, ToASilentAidTimesOutAndTheNextIsSent)

@@ -116,7 +116,7 @@ struct ARadio : testing::Test {
 
     SimulatedRadio& radio() { return simulator->radio(); }
     LinkFaults& faults() { return simulator->world().placed("X1-L").faults; }
-    const AuriskAidState& aid() { return dynamic_cast<const SimulatedAuriskAid&>(*simulator->aid("X1-L")).state(); }
+    AuriskAidState aid() { return dynamic_cast<const SimulatedAuriskAid&>(*simulator->aid("X1-L")).state(); }
 
     /// What is heard while `span` goes by.
     Lines within(Seconds span)

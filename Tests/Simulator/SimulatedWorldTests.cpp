@@ -38,6 +38,10 @@ TEST(AWorld, IsReadFromItsText)
               "volumes": [1, 15], "program": 1, "battery": 12, "muted": true, "ear": "left", "lastBeep": 3,
               "tone": { "frequency": 1000, "dB": 40, "timestamp": 7 },
               "baseAmplitude": { "frequency": 500, "amplitude": 4294967295 },
+              "programBlocks": ["000102030405 060708090A0b"], "globalBlock": "09 08 07 06 05 04 03 02 01",
+              "profile": { "productSku": "Ö", "productReserved": "000102030405060708090a0b0c0d0e0f10111213" },
+              "usage": { "totalRunTime": 4294967295, "programRunTimes": [1, 2, 3, 4, 5, 6],
+                         "runTimeHistory": [0, 0, 0, 0, 0, 0, 0, 7], "userEvents": "0807060504030201" },
               "link": { "rssi": -70, "advertisingInterval": 1, "mtu": 23, "latency": 0.05, "isSilent": true,
                         "faults": [{ "kind": "delay", "message": 3, "by": 0.5 }, { "kind": "lose", "message": 9 }] } },
             { "kind": "aurisk", "name": "Plain-R", "address": "00:00:00:00:00:01", "chip": 7 }
@@ -57,14 +61,22 @@ TEST(AWorld, IsReadFromItsText)
     first.lastBeep = 3;
     first.tone = AuriskTone{ .frequency = 1000, .dB = 40, .timestamp = 7 };
     first.baseAmplitude = AuriskBaseAmplitude{ 500, 4294967295u };
-    EXPECT_TRUE(auriskAid(world, 0).state() == first);
+    first.programBlocks = { { 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11 } }; // the second is the factory's
+    first.globalBlock = { 9, 8, 7, 6, 5, 4, 3, 2, 1 };
+    first.profile = { { 0x04, { 0xC3, 0x96 } },
+        { 0x05, { 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19 } } };
+    first.usage = { .totalRunTime = 4294967295,
+        .programRunTimes = { 1, 2, 3, 4, 5, 6 },
+        .runTimeHistory = { 0, 0, 0, 0, 0, 0, 0, 7 },
+        .userEvents = { 8, 7, 6, 5, 4, 3, 2, 1 } };
+    EXPECT_TRUE(auriskAid(world, 0).state() == completed(first));
 
     AuriskAidState plain;
     plain.name = "Plain-R";
     plain.address = "00:00:00:00:00:01";
     plain.chip = 7;
     plain.isRight = true; // from its name
-    EXPECT_TRUE(auriskAid(world, 1).state() == plain);
+    EXPECT_TRUE(auriskAid(world, 1).state() == completed(plain));
 
     const auto& placed = world.placed("X1-R");
     EXPECT_EQ(placed.rssi, -70);
@@ -105,11 +117,12 @@ TEST(AWorld, KeepsEverythingThatAnAidIs)
         .lastBeep = 0,
         .battery = 0,
         .shipped = true,
-        .switchedOff = true };
+        .switchedOff = true,
+        .usage = { 1, 2, 3, 4, { 5 }, { 6 }, Data(2280, 7), Data(1140, 8) } };
     const auto value = SimulatedAuriskAid(state).toJson();
-    EXPECT_EQ(value.size(), 24u) << "its kind, and 23 members";
+    EXPECT_EQ(value.size(), 27u) << "its kind, and 26 members: this chip has no global block";
     const auto read = std::dynamic_pointer_cast<SimulatedAuriskAid>(aidFromJson(value));
-    EXPECT_TRUE(read->state() == state);
+    EXPECT_TRUE(read->state() == completed(state));
 }
 
 TEST(AWorld, NamesThePlaceOfWhatIsWrong)
@@ -171,6 +184,23 @@ TEST(AWorld, NamesThePlaceOfWhatIsWrong)
         { R"({ "program": 1.0 })", "aids[0].program: must be a whole number" },
         { R"({ "battery": 18446744073709551615 })", "aids[0].battery: 18446744073709551615 is outside 0 to 100" },
         { R"({ "muted": 1 })", "aids[0].muted: must be true or false" },
+        { R"({ "programBlocks": ["0g"] })", "aids[0].programBlocks[0]: must be bytes, two hexadecimal digits each" },
+        { R"({ "chip": "a4", "programBlocks": ["000102030405060708090a0b", "00"] })",
+            "aids[0].programBlocks[1]: must be 12 bytes" },
+        { R"({ "chip": "a4", "volumes": [1], "programBlocks": ["000102030405060708090a0b", "00"] })",
+            "aids[0].programBlocks: must be at most 1 blocks" },
+        { R"({ "chip": 9, "programBlocks": ["00"] })", "aids[0].programBlocks: this chip has no blocks" },
+        { R"({ "chip": 9, "globalBlock": "00" })", "aids[0].globalBlock: this chip has no blocks" },
+        { R"({ "globalBlock": "" })", "aids[0].globalBlock: must be bytes, two hexadecimal digits each" },
+        { R"({ "globalBlock": "000102030405060708" })", "aids[0].globalBlock: must be 12 bytes" },
+        { R"({ "profile": { "productSku": 5 } })", "aids[0].profile.productSku: must be a text" },
+        { R"({ "profile": { "productReserved": "00" } })", "aids[0].profile.productReserved: must be 20 bytes" },
+        { R"({ "usage": { "programRunTimes": [1] } })", "aids[0].usage.programRunTimes: must be 6 numbers" },
+        { R"({ "usage": { "totalRunTime": 4294967296 } })",
+            "aids[0].usage.totalRunTime: 4294967296 is outside 0 to 4294967295" },
+        { R"({ "usage": { "userEvents": "00" } })",
+            "aids[0].usage.userEvents: must be records of 8 bytes, at most 285" },
+        { R"({ "usage": { "loopGains": "00" } })", "aids[0].usage.loopGains: must be records of 12 bytes, at most 95" },
         { R"({ "tone": { "pitch": 1 } })",
             "aids[0].tone.pitch: is no known key; known are frequency, dB, amplitude, timestamp" },
         { R"({ "tone": { "dB": 256 } })", "aids[0].tone.dB: 256 is outside 0 to 255" },
@@ -188,6 +218,15 @@ TEST(AWorld, NamesThePlaceOfWhatIsWrong)
         EXPECT_EQ(sentence(world), row.sentence);
     }
 
+    auto block = std::string(112, '0');
+    block[0] = 'f';
+    block[1] = 'f'; // an analog gain of 15
+    auto noBlock = good;
+    noBlock["aids"][0]["programBlocks"] = { std::string(112, '1'), block };
+    EXPECT_EQ(sentence(noBlock), "aids[0].programBlocks[1]: holds bits that stand for nothing");
+    auto longText = good;
+    longText["aids"][0]["profile"] = { { "ota", std::string(248, 'a') } };
+    EXPECT_EQ(sentence(longText), "aids[0].profile.ota: must be at most 247 bytes");
     auto misspelt = good;
     misspelt["aids"][0]["volums"] = { 1 };
     EXPECT_THAT(sentence(misspelt), testing::StartsWith("aids[0].volums: is no known key; known are name, address"));
@@ -276,21 +315,28 @@ TEST(AScript, IsPlayedInItsOrderAndAgainWithEachPeriod)
     EXPECT_EQ(queue.clock()->pendingCount(), 0u);
 }
 
-TEST(TheDefaultWorld, HasAPairAndASingleWhoseWearersMoveThem)
+TEST(TheDefaultWorld, HasAPairAndTwoSinglesAndWearersWhoMoveThem)
 {
     ManualDispatchQueue queue;
     const auto simulator = Simulator::create(SimulatedWorld::makeDefault(), queue);
     const auto recorder = std::make_shared<RadioRecorder>();
     const auto central = simulator->platform()->makeCentralManager(recorder, {});
+    const auto settings = [&] {
+        auto value = simulator->world().toJson();
+        for (auto& aid : value["aids"])
+            aid.erase("usage");
+        return value;
+    };
     queue.runUntilIdle();
     central->scanForPeripherals({});
     queue.advance(1s);
-    EXPECT_THAT(recorder->take(), ElementsAre("state 5", "found X1-L -52", "found X1-R -58", "found Solo-L -71"));
-    const auto before = simulator->world().toJson();
+    EXPECT_THAT(recorder->take(),
+        ElementsAre("state 5", "found X1-L -52", "found X1-R -58", "found Solo-L -71", "found Uno-R -66"));
+    const auto before = settings();
     queue.advance(3.5s);
-    EXPECT_TRUE(simulator->world().toJson() != before);
+    EXPECT_TRUE(settings() != before);
     queue.advance(21s);
-    EXPECT_TRUE(simulator->world().toJson() == before) << "each round ends where it began";
+    EXPECT_TRUE(settings() == before) << "each round ends where it began";
 }
 
 } // namespace

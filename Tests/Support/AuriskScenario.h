@@ -66,10 +66,7 @@ protected:
         manager->setScanningDelegate(app);
     }
 
-    const AuriskAidState& aid() const
-    {
-        return dynamic_cast<const SimulatedAuriskAid&>(*simulator->aid(aidName)).state();
-    }
+    AuriskAidState aid() const { return dynamic_cast<const SimulatedAuriskAid&>(*simulator->aid(aidName)).state(); }
     LinkFaults& faults() { return simulator->world().placed(aidName).faults; }
     void wearer(const std::string& action)
     {

@@ -15,20 +15,26 @@ namespace aurisk::bits {
 
 class BitWriter {
 public:
-    explicit BitWriter(std::size_t size) { _bytes.reserve(size); }
+    /// `size`: of all that will be put, in bytes.
+    explicit BitWriter(std::size_t size)
+        : _bytes(size)
+        , _next(_bytes.begin())
+    {
+    }
 
     /// Appends the low `width` bits of `value`.
     void put(std::uint64_t value, unsigned width)
     {
         _pending |= value << _count;
         for (_count += width; _count >= 8; _count -= 8, _pending >>= 8)
-            _bytes.push_back(static_cast<std::uint8_t>(_pending));
+            *_next++ = static_cast<std::uint8_t>(_pending);
     }
 
     Data take() && { return std::move(_bytes); }
 
 private:
     Data _bytes;
+    Data::iterator _next;
     std::uint64_t _pending = 0; ///< the last `_count` bits, which fill no byte yet
     unsigned _count = 0;
 };
