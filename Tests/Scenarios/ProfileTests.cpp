@@ -1,19 +1,12 @@
-#include "AuriskSDK/Platform/Manual/ManualDispatchQueue.h"
-#include "Tests/Support/Application.h"
+#include "Tests/Support/AuriskScenario.h"
 #include "Tests/Support/Bytes.h"
 #include "Tests/Support/PlayedAid.h"
 
-#include <gmock/gmock.h>
-
-#include <chrono>
 #include <map>
 
 namespace aurisk::tests {
 namespace {
 
-using namespace std::chrono_literals;
-using testing::ElementsAre;
-using testing::IsEmpty;
 using Type = AuriskProfileType;
 
 /// An aid whose profile is read and written, and which answers as the test says.
@@ -31,7 +24,8 @@ protected:
         peripheral->onWrite = [this](DataView value) {
             const auto reply = answers.find(Data(value.begin(), value.end()));
             ASSERT_NE(reply, answers.end()) << testing::PrintToString(value);
-            DispatchQueue::main().async([this, bytes = reply->second] { peripheral->notify(peripheral->replies, bytes); });
+            DispatchQueue::main().async(
+                [this, bytes = reply->second] { peripheral->notify(peripheral->replies, bytes); });
         };
         queue.advance(1s);
         app->take();
@@ -87,8 +81,7 @@ TEST_F(Profile, OfTheDeviceGivesItItsName)
         { "FE 68 11 02 00 08 83 16"_bytes, "00 FE 68 91 04 00 08 58 31 8E 16"_bytes },
         { "FE 68 14 02 00 08 86 16"_bytes, "00 FE 68 94 02 00 08 06 16"_bytes },
     };
-    for (const auto& [advertised, name] :
-        { std::pair("X-L", "X1-L"), std::pair("X-R", "X1-R") }) {
+    for (const auto& [advertised, name] : { std::pair("X-L", "X1-L"), std::pair("X-R", "X1-R") }) {
         givenAConnectedAid(advertised);
         EXPECT_EQ(accessory->name(), "advertised");
         reads(Type::productSeries);
@@ -134,6 +127,31 @@ TEST_F(Profile, LosesNothingToBytesThatAreNoText)
     EXPECT_EQ(app->take().back(),
         "readProfile(type: advertisementName) => success(data: didReadProfile(data: 2 bytes, type: "
         "advertisementName))");
+}
+
+class ProfileOfASimulatedAid : public AuriskScenario { };
+
+TEST_F(ProfileOfASimulatedAid, IsReadAsItWasWritten)
+{
+    givenAConnectedAid();
+    AuriskProfileReservedField fitted;
+    fitted.hornCode = 0x1234;
+    fitted.modeConfig.mode1 = 3;
+    fitted.ageConfig = { .age = 81, .sex = 1 };
+    whenRequesting(AuriskRequest::writeProfile{ .data = fitted.toData(), .type = Type::productReserved });
+    after(1s);
+    EXPECT_EQ(aid().profile.at(0x05), "34 12 00 00 00 00 00 00 00 00 00 00 00 00 00 00 16 32 54 D1"_bytes);
+    EXPECT_EQ(accessory->profile().reservedField, fitted);
+
+    accessory->disconnect();
+    after(1s);
+    manager->clearAccessories([](const auto&, const auto&) { return true; });
+    givenAConnectedAid();
+    EXPECT_EQ(accessory->profile(), AuriskProfile());
+    accessory->readScenesOfProgram({});
+    after(1s);
+    EXPECT_EQ(accessory->profile().reservedField, fitted);
+    EXPECT_THAT(accessory->scenesOfProgram(), testing::Each(AuriskProgram::music));
 }
 
 } // namespace

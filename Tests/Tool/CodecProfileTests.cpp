@@ -61,8 +61,7 @@ TEST(CodecProfile, TakesFieldsOverOneAfterAnother)
     EXPECT_EQ(apply("null", "productSeries", "5831"), ok(profile("X1", "null")));
     EXPECT_EQ(apply("{}", "productSeries", "58ff"), ok(profile("", "null")));
     EXPECT_EQ(apply(profile("X1", "null"), "unknown", "5832"), ok(profile("X1", "null")));
-    EXPECT_EQ(
-        apply(profile("X1", "null"), "productReserved", std::string(40, '0')), ok(profile("X1", zeros)));
+    EXPECT_EQ(apply(profile("X1", "null"), "productReserved", std::string(40, '0')), ok(profile("X1", zeros)));
     EXPECT_EQ(apply(profile("X1", zeros), "productReserved", std::string(38, 'f')), ok(profile("X1", zeros)));
     const auto more = R"(,"colour":["red",{"x":1.5}])";
     EXPECT_EQ(apply(profile("X1", zeros, more), "productSeries", ""), ok(profile("", zeros, more)));

@@ -16,9 +16,8 @@ struct Form {
 
     bool begins(DataView bytes) const
     {
-        const auto within = [&](std::size_t i, std::uint8_t low, std::uint8_t high) {
-            return bytes[i] >= low && bytes[i] <= high;
-        };
+        const auto within
+            = [&](std::size_t i, std::uint8_t low, std::uint8_t high) { return bytes[i] >= low && bytes[i] <= high; };
         if (bytes.size() < size || !within(0, firstLow, firstHigh))
             return false;
         for (std::size_t i = 1; i < size; ++i)
@@ -45,7 +44,8 @@ constexpr auto forms = std::to_array<Form>({
 std::optional<std::string> utf8Text(DataView bytes)
 {
     for (auto rest = bytes; !rest.empty();) {
-        const auto* form = std::find_if(forms.begin(), forms.end(), [&](const auto& each) { return each.begins(rest); });
+        const auto* form
+            = std::find_if(forms.begin(), forms.end(), [&](const auto& each) { return each.begins(rest); });
         if (form == forms.end())
             return std::nullopt;
         rest = rest.subspan(form->size);

@@ -29,17 +29,16 @@ struct AuriskAccessoryRepository {
     /// What else the JSON said, by its keys, each a JSON text. It is kept, and means nothing here.
     std::map<std::string, std::string> others = {};
 
-    static constexpr auto fields
-        = labelled("AuriskAccessoryRepository", label("skuCode", &AuriskAccessoryRepository::skuCode),
-            label("patternCode", &AuriskAccessoryRepository::patternCode),
-            label("hornPowerCode", &AuriskAccessoryRepository::hornPowerCode),
-            label("shape", &AuriskAccessoryRepository::shape),
-            label("minVolume", &AuriskAccessoryRepository::minVolume),
-            label("maxVolume", &AuriskAccessoryRepository::maxVolume),
-            label("listenable", &AuriskAccessoryRepository::listenable),
-            label("dspData", &AuriskAccessoryRepository::dspData),
-            label("globalData", &AuriskAccessoryRepository::globalData),
-            label("hollingData", &AuriskAccessoryRepository::hollingData));
+    static constexpr auto fields = labelled("AuriskAccessoryRepository",
+        label("skuCode", &AuriskAccessoryRepository::skuCode),
+        label("patternCode", &AuriskAccessoryRepository::patternCode),
+        label("hornPowerCode", &AuriskAccessoryRepository::hornPowerCode),
+        label("shape", &AuriskAccessoryRepository::shape), label("minVolume", &AuriskAccessoryRepository::minVolume),
+        label("maxVolume", &AuriskAccessoryRepository::maxVolume),
+        label("listenable", &AuriskAccessoryRepository::listenable),
+        label("dspData", &AuriskAccessoryRepository::dspData),
+        label("globalData", &AuriskAccessoryRepository::globalData),
+        label("hollingData", &AuriskAccessoryRepository::hollingData));
 
     /// Bytes are hexadecimal text. Missing keys have their defaults. Throws JsonError.
     static AuriskAccessoryRepository fromJson(const nlohmann::json& object);

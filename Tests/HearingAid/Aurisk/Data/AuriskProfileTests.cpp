@@ -222,8 +222,9 @@ TEST(AuriskProfile, TakesDefaultsForKeysThatAreMissingAndPassesOverOthers)
     AuriskProfile profile;
     profile.reservedField.emplace().ageConfig.sex = 1;
     profile.repository.hornPowerCode = 3;
-    EXPECT_EQ(AuriskProfile::fromJson(json::parse(
-                  R"({"reservedField":{"ageConfig":{"sex":1,"x":{}},"modeConfig":{}},"repository":{"hornPowerCode":3}})")),
+    EXPECT_EQ(
+        AuriskProfile::fromJson(json::parse(
+            R"({"reservedField":{"ageConfig":{"sex":1,"x":{}},"modeConfig":{}},"repository":{"hornPowerCode":3}})")),
         profile);
 }
 
@@ -240,14 +241,12 @@ TEST(AuriskProfile, NamesTheKeyOfAValueThatCannotBe)
         { R"({"reservedField":{"ext6":1.0}})", "reservedField.ext6: 1.0 is no integer" },
         { R"({"reservedField":{"ext6":18446744073709551615}})",
             "reservedField.ext6: 18446744073709551615 is outside 0 ... 255" },
-        { R"({"reservedField":{"modeConfig":{"mode1":"2"}}})",
-            R"(reservedField.modeConfig.mode1: "2" is no integer)" },
+        { R"({"reservedField":{"modeConfig":{"mode1":"2"}}})", R"(reservedField.modeConfig.mode1: "2" is no integer)" },
         { R"({"reservedField":{"ageConfig":null}})", "reservedField.ageConfig: null is no object" },
         { R"({"repository":{"hornPowerCode":300}})", "repository.hornPowerCode: 300 is outside 0 ... 255" },
         { R"({"repository":{"listenable":1}})", "repository.listenable: 1 is neither true nor false" },
         { R"({"repository":{"dspData":"0g"}})", R"(repository.dspData: "0g" is not hexadecimal)" },
-        { R"({"repository":{"dspData":"0a0"}})",
-            "repository.dspData: 3 hexadecimal digits, an even number is needed" },
+        { R"({"repository":{"dspData":"0a0"}})", "repository.dspData: 3 hexadecimal digits, an even number is needed" },
         { R"({"repository":{"deep":)" + std::string(5000, '[') + std::string(5000, ']') + "}}",
             "repository.deep: nested deeper than 100 levels" },
     };

@@ -58,7 +58,8 @@ TEST_F(ResourceBundle, LeavesOutAndNamesEachFileThatIsBroken)
     EXPECT_THAT(AuriskResourceBundle::load(folder).errors,
         ElementsAre("a.json: no JSON from byte 12 on", "b.json: [1].hornPowerCode: 300 is outside 0 ... 255",
             "c.json: skuCode: names no model", "d.json: minVolume: 9 is above maxVolume, 8", "e.json: 5 is no object",
-            "f.json: a number that is too large to be held", "g.json: no JSON from byte 1 on", "h.json: cannot be read", "i.json: cannot be read"));
+            "f.json: a number that is too large to be held", "g.json: no JSON from byte 1 on", "h.json: cannot be read",
+            "i.json: cannot be read"));
 }
 
 TEST_F(ResourceBundle, FailsWithTheSystemsErrorWithoutItsFolder)
