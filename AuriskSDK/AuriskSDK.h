@@ -7,6 +7,7 @@
 #include "AuriskSDK/HearingAid/Aurisk/AuriskH01Accessory.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskManuData.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskProgram.h"
+#include "AuriskSDK/HearingAid/Aurisk/Repository/AuriskResourceBundle.h"
 #include "AuriskSDK/Platform/Asio/MainQueue.h"
 #include "AuriskSDK/Platform/Bluetooth.h"
 #include "AuriskSDK/Platform/Dispatch.h"

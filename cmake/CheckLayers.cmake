@@ -10,7 +10,8 @@ set(layers
     "AuriskSDK/Platform/Asio:AuriskSDK/Platform,AuriskSDK/Shared/Utils"
     "AuriskSDK/Platform/Manual:AuriskSDK/Platform,AuriskSDK/Shared/Utils"
     "AuriskSDK/Shared/Accessory:AuriskSDK/Platform,AuriskSDK/Shared/Utils"
-    "AuriskSDK/HearingAid/Aurisk/Data:AuriskSDK/Platform/Data.h,AuriskSDK/Shared/Utils,AuriskSDK/HearingAid/AccessoryOrientation.h"
+    "AuriskSDK/HearingAid/Aurisk/Data:AuriskSDK/Platform/Data.h,AuriskSDK/Shared/Utils,AuriskSDK/HearingAid/AccessoryOrientation.h,AuriskSDK/HearingAid/Aurisk/Repository"
+    "AuriskSDK/HearingAid/Aurisk/Repository:AuriskSDK/Platform/Data.h,AuriskSDK/Shared/Utils"
     "AuriskSDK/HearingAid/Aurisk/Service:AuriskSDK/Platform,AuriskSDK/Shared/Utils,AuriskSDK/Shared/Accessory,AuriskSDK/HearingAid/Aurisk/Data"
     "AuriskSDK/HearingAid/Aurisk:AuriskSDK/Platform,AuriskSDK/Shared/Utils,AuriskSDK/Shared/Accessory,AuriskSDK/HearingAid/AccessoryOrientation.h,AuriskSDK/HearingAid/Aurisk/Data,AuriskSDK/HearingAid/Aurisk/Service"
     # The selector that the manager starts with knows every family.
@@ -29,7 +30,7 @@ function(fault text)
 endfunction()
 
 # The closure of internal headers: these are for sources alone.
-set(internal "AuriskSDK/Shared/Utils/Precondition.h" "AuriskSDK/Shared/Utils/BitCodec.h" "AuriskSDK/HearingAid/Aurisk/Data/DspArithmetic.h")
+set(internal "AuriskSDK/Shared/Utils/Precondition.h" "AuriskSDK/Shared/Utils/BitCodec.h" "AuriskSDK/Shared/Utils/JsonFields.h" "AuriskSDK/HearingAid/Aurisk/Data/DspArithmetic.h")
 
 file(GLOB_RECURSE files RELATIVE ${root} ${root}/AuriskSDK/*.h ${root}/AuriskSDK/*.cpp ${root}/Simulator/*.h ${root}/Simulator/*.cpp)
 foreach(file IN LISTS files)

@@ -5,10 +5,11 @@ include(CMakePackageConfigHelpers)
 
 set(headers ${CMAKE_INSTALL_INCLUDEDIR}/aurisk-sdk)
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/AuriskSDK)
+set(resources ${CMAKE_INSTALL_DATADIR}/aurisk-sdk/resources.bundle)
 
 # Headers that only sources include stay behind.
 install(DIRECTORY AuriskSDK DESTINATION ${headers} FILES_MATCHING PATTERN "*.h"
-    PATTERN "Precondition.h" EXCLUDE PATTERN "BitCodec.h" EXCLUDE PATTERN "DspArithmetic.h" EXCLUDE)
+    PATTERN "Precondition.h" EXCLUDE PATTERN "BitCodec.h" EXCLUDE PATTERN "JsonFields.h" EXCLUDE PATTERN "DspArithmetic.h" EXCLUDE)
 install(DIRECTORY Simulator DESTINATION ${headers} FILES_MATCHING PATTERN "*.h"
     PATTERN "AidFrame.h" EXCLUDE
     PATTERN "SimulatedCentral.h" EXCLUDE
@@ -17,10 +18,11 @@ install(DIRECTORY Simulator DESTINATION ${headers} FILES_MATCHING PATTERN "*.h"
 
 install(TARGETS AuriskSDK AuriskSimulator EXPORT AuriskSDK ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(EXPORT AuriskSDK NAMESPACE AuriskSDK:: FILE AuriskSDKTargets.cmake DESTINATION ${package})
+install(DIRECTORY AuriskSDK/Resources/resources.bundle/ DESTINATION ${resources})
 install(TARGETS aurisk RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 
 configure_package_config_file(cmake/AuriskSDKConfig.cmake.in ${PROJECT_BINARY_DIR}/AuriskSDKConfig.cmake
-    INSTALL_DESTINATION ${package} NO_SET_AND_CHECK_MACRO)
+    INSTALL_DESTINATION ${package} PATH_VARS resources NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/AuriskSDKConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/AuriskSDKConfig.cmake ${PROJECT_BINARY_DIR}/AuriskSDKConfigVersion.cmake
     DESTINATION ${package})

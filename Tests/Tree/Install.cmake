@@ -51,6 +51,12 @@ separate_arguments(flags UNIX_COMMAND "${FLAGS} ${said}")
 run(${CXX} -std=c++20 ${work}/consumer/Consumer.cpp -o ${work}/by-pkg-config ${flags})
 expect_volume(${work}/by-pkg-config)
 
+run(pkg-config --variable=resources aurisk-sdk)
+string(STRIP "${said}" resources)
+if(NOT EXISTS ${resources}/example-a16.json)
+    message(FATAL_ERROR "no device data in '${resources}'")
+endif()
+
 run(${prefix}/bin/aurisk --version)
 foreach(file IN ITEMS share/man/man1/aurisk.1 share/bash-completion/completions/aurisk)
     if(NOT EXISTS ${prefix}/${file})

@@ -36,17 +36,6 @@ Json parse(std::string_view line)
     }
 }
 
-/// Whether something in `value` lies below more than `levels` lists and objects. Writing recurses as deep as that.
-bool isDeeper(const Json& value, int levels)
-{
-    if (!value.is_structured())
-        return false;
-    for (const auto& element : value)
-        if (levels == 0 || isDeeper(element, levels - 1))
-            return true;
-    return false;
-}
-
 /// The beginning of every answer to `line`: the identifier, where it has one.
 std::string opening(const Json& line)
 {
@@ -54,7 +43,7 @@ std::string opening(const Json& line)
     const auto id = line.is_object() ? line.find("id") : line.end();
     if (id == line.end())
         return "{";
-    if (isDeeper(*id, deepest))
+    if (json::isDeeper(*id, deepest))
         throw Unusable(Place{ "id" }, fmt::format("nested deeper than {} levels", deepest));
     return "{\"id\":" + written(*id) + ',';
 }

@@ -6,8 +6,6 @@ namespace aurisk::codec {
 
 namespace {
 
-constexpr std::string_view hexadecimalDigits = "0123456789abcdefABCDEF";
-
 /// A block under the name of its chip: `{"a4": bytes}` or `{"a16": bytes}`.
 template <typename Block, typename A4, typename A16> Block readBlock(const Json& value, const Place& place)
 {
@@ -29,17 +27,9 @@ Unusable::Unusable(const Place& place, std::string_view fault)
 {
 }
 
-std::string shown(const Json& value)
+Unusable::Unusable(const Place& place, const JsonError& fault)
+    : Unusable(fault.key().empty() ? place : Place{ fault.key(), &place }, fault.problem())
 {
-    constexpr std::size_t most = 60;
-    if (value.is_object())
-        return "an object";
-    if (value.is_array())
-        return "a list";
-    auto text = value.dump(-1, ' ', false, Json::error_handler_t::replace);
-    if (text.size() > most)
-        text = text.substr(0, most) + "...";
-    return text;
 }
 
 Members::Members(const Json& value, const Place* place)
@@ -67,43 +57,6 @@ Named onlyMember(const Json& value, const Place& place)
     if (!value.is_object() || value.size() != 1)
         throw Unusable(place, shown(value) + " where an object with one member is needed");
     return { value.begin().key(), *value.begin() };
-}
-
-std::int64_t readInteger(const Json& value, const Place& place, std::int64_t least, std::int64_t most)
-{
-    if (!value.is_number_integer())
-        throw Unusable(place, shown(value) + " is no integer");
-    const bool isTooLarge = value.is_number_unsigned() && !std::in_range<std::int64_t>(value.get<std::uint64_t>());
-    const auto number = value.get<std::int64_t>();
-    if (isTooLarge || number < least || number > most)
-        throw Unusable(place, fmt::format("{} is outside {} ... {}", shown(value), least, most));
-    return number;
-}
-
-const std::string& readText(const Json& value, const Place& place)
-{
-    if (!value.is_string())
-        throw Unusable(place, shown(value) + " is no text");
-    return value.get_ref<const std::string&>();
-}
-
-template <> bool read(const Json& value, const Place& place)
-{
-    if (!value.is_boolean())
-        throw Unusable(place, shown(value) + " is neither true nor false");
-    return value.get<bool>();
-}
-
-template <> std::string read(const Json& value, const Place& place) { return readText(value, place); }
-
-template <> Data read(const Json& value, const Place& place)
-{
-    const auto& text = readText(value, place);
-    if (text.find_first_not_of(hexadecimalDigits) != std::string::npos)
-        throw Unusable(place, shown(value) + " is not hexadecimal");
-    if (text.size() % 2 != 0)
-        throw Unusable(place, fmt::format("{} hexadecimal digits, an even number is needed", text.size()));
-    return ask_hexadecimal(text).value_or(Data());
 }
 
 /// A frame as it is to be sent; identifiers that are null are left out of it. The size follows from the payload.

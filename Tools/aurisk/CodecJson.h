@@ -5,7 +5,7 @@
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskManuData.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskRawData.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskResult.h"
-#include "AuriskSDK/Shared/Utils/HexToData.h"
+#include "AuriskSDK/Shared/Utils/JsonFields.h"
 #include "AuriskSDK/Shared/Utils/LabelledCase.h"
 #include "AuriskSDK/Shared/Utils/Precondition.h"
 
@@ -50,10 +50,13 @@ public:
 
     /// `member "request.readVolume.program": 1.5 is no integer`
     Unusable(const Place& place, std::string_view fault);
+
+    /// The same, where the library found the fault.
+    Unusable(const Place& place, const JsonError& fault);
 };
 
-/// A value as an error shows it: texts shortened, objects and arrays not spelled out.
-std::string shown(const Json& value);
+using json::OptionalTraits;
+using json::shown;
 
 /// The value of a member as a `T`. Throws Unusable where it is none.
 template <typename T> T read(const Json& value, const Place& place);
@@ -85,17 +88,6 @@ struct Named {
 };
 Named onlyMember(const Json& value, const Place& place);
 
-/// The number, where it is written as an integer and within the bounds.
-std::int64_t readInteger(const Json& value, const Place& place, std::int64_t least, std::int64_t most);
-
-/// The text of a member that names one of a fixed set.
-const std::string& readText(const Json& value, const Place& place);
-
-template <typename T> struct OptionalTraits : std::false_type {
-};
-template <typename T> struct OptionalTraits<std::optional<T>> : std::true_type {
-};
-
 template <typename T> struct ArrayTraits : std::false_type {
 };
 template <typename T, std::size_t Count> struct ArrayTraits<std::array<T, Count>> : std::true_type {
@@ -115,7 +107,7 @@ concept HasCases = requires
 
 template <TabledEnum E> E readCaseName(const Json& value, const Place& place)
 {
-    if (const auto found = fromCaseName<E>(readText(value, place)))
+    if (const auto found = fromCaseName<E>(read<std::string>(value, place)))
         return *found;
     std::string names;
     for (const auto& row : enumCases<E>)
@@ -168,14 +160,13 @@ template <typename T> T read(const Json& value, const Place& place)
     else if constexpr (HasCases<T>)
         return readCase<T>(value, place, std::type_identity<typename T::Case>());
     else {
-        static_assert(std::integral<T> && sizeof(T) <= sizeof(std::int32_t), "a type that is read by a function below");
-        using Limits = std::numeric_limits<T>;
-        return static_cast<T>(readInteger(value, place, Limits::min(), Limits::max()));
+        try {
+            return json::read<T>(value);
+        } catch (const JsonError& fault) {
+            throw Unusable(place, fault);
+        }
     }
 }
-template <> bool read(const Json& value, const Place& place);
-template <> std::string read(const Json& value, const Place& place);
-template <> Data read(const Json& value, const Place& place);
 template <> AuriskRawData read(const Json& value, const Place& place);
 template <> AuriskDsp read(const Json& value, const Place& place);
 template <> AuriskGlobalDsp read(const Json& value, const Place& place);

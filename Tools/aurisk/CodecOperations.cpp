@@ -57,6 +57,10 @@ constexpr Operation operations[] = {
     { "summarylog.decode",
         [](const Members& line) { return toJson(AuriskSummaryDataLog::decode(line.get<Data>("bytes"))); } },
     { "log.frames", listLogFrames },
+    { "reserved.decode", decodeReserved },
+    { "reserved.encode", encodeReserved },
+    { "profile.apply", applyToProfile },
+    { "profile.programs", listPrograms },
     { "enum", listEnumeration },
 };
 

@@ -32,4 +32,10 @@ template <typename Dsp> Answer getEq(const Members& line);
 template <typename Global> Answer decodeGlobal(const Members& line);
 template <typename Global> Answer encodeGlobal(const Members& line);
 
+// The profile and its reserved field.
+Answer decodeReserved(const Members& line);
+Answer encodeReserved(const Members& line);
+Answer applyToProfile(const Members& line);
+Answer listPrograms(const Members& line);
+
 } // namespace aurisk::codec

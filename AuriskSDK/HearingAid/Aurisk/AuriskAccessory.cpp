@@ -53,7 +53,12 @@ void AuriskAccessory::updateManufacturerData(std::shared_ptr<CBPeripheral> perip
         _orientation = orientation;
 }
 
-std::string AuriskAccessory::name() const { return localName() ? *localName() : Accessory::name(); }
+std::string AuriskAccessory::name() const
+{
+    if (!_profile.pSeriesCode.empty())
+        return _profile.pSeriesCode + (_orientation == AccessoryOrientation::left ? "-L" : "-R");
+    return localName() ? *localName() : Accessory::name();
+}
 
 std::optional<int> AuriskAccessory::volume() const
 {
@@ -202,7 +207,7 @@ void AuriskAccessory::apply(const AuriskResponse& response, const AuriskRequest&
                        if (const auto block = decoded<AuriskGlobalDsp>("global", read.data))
                            _global = block;
                    },
-                   [](const AuriskResponse::didReadProfile&) {},
+                   [&](const AuriskResponse::didReadProfile& read) { _profile.set(read.type, read.data); },
                    [&](const AuriskResponse::didReadTransparency& read) { _transLevel = read.level; },
                    [&](const AuriskResponse::didReadBrEdr& read) {
                        _brEdr = read.enable;
@@ -233,6 +238,7 @@ void AuriskAccessory::writeAcknowledged(const AuriskRequest& request)
         overloaded{
             [&](const AuriskRequest::writeDsp& written) { _dspDic.insert_or_assign(written.program, written.dsp); },
             [&](const AuriskRequest::writeGlobalDsp& written) { _global = written.global; },
+            [&](const AuriskRequest::writeProfile& written) { _profile.set(written.type, written.data); },
             [&](const AuriskRequest::controlVolume& set) { _volumeDic[set.program] = set.volume; },
             [&](const AuriskRequest::controlProgram& set) { _program = set.program; },
             [&](const AuriskRequest::setTransparency& set) { _transLevel = set.level; },

@@ -4,6 +4,7 @@
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskChip.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskDsp.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskGlobalDsp.h"
+#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskProfile.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskRequest.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskResult.h"
 #include "AuriskSDK/HearingAid/Aurisk/Service/AuriskBatService.h"
@@ -54,7 +55,8 @@ public:
 
     std::string_view className() const override { return "AuriskAccessory"; }
 
-    /// The advertised local name; else the peripheral's name; else "peripheral name not found".
+    /// The profile's `pSeriesCode` with "-L" for a left device, "-R" for any other; while that is empty, the advertised
+    /// local name; else the peripheral's name; else "peripheral name not found".
     std::string name() const override;
 
     /// "0A:1B:2C:3D:4E:5F", as advertised.
@@ -78,6 +80,8 @@ public:
     std::optional<AuriskDsp> dsp() const; ///< of the current program
     const std::optional<AuriskGlobalDsp>& global() const { return _global; }
     std::optional<int> numberOfProgram() const; ///< what the global block says
+    const AuriskProfile& profile() const { return _profile; }
+    std::array<AuriskProgram, 4> scenesOfProgram() const { return _profile.programs(); }
     std::optional<bool> brEdr() const { return _brEdr; } ///< classic Bluetooth
     bool brEdrContinuousIfEnable() const { return _brEdrContinuousIfEnable; }
     std::optional<int> transLevel() const { return _transLevel; }
@@ -141,6 +145,7 @@ private:
     std::map<int, int> _volumeDic;
     std::map<int, AuriskDsp> _dspDic;
     std::optional<AuriskGlobalDsp> _global;
+    AuriskProfile _profile;
     std::optional<bool> _brEdr;
     bool _brEdrContinuousIfEnable = false;
     bool _transEnable;

@@ -92,9 +92,20 @@ template <BitBlock Block> Data encode(const Block& block)
     static_assert(bitCount<Block>() % 8 == 0);
     BitWriter out(bitCount<Block>() / 8);
     eachPart<Block>([&](const auto& part) {
-        part.each(block, [&](const auto& value) { out.put(toBits(part, value), part.width); });
+        part.each(block, [&](const auto& field, const auto& value) { out.put(toBits(field, value), field.width); });
     });
     return std::move(out).take();
+}
+
+/// The block with each number cut to the low bits that its field holds.
+template <BitBlock Block> Block lowBits(Block block)
+{
+    eachPart<Block>([&](const auto& part) {
+        part.each(block, [](const auto& field, auto& value) {
+            value = static_cast<std::decay_t<decltype(value)>>(value & ((1U << field.width) - 1));
+        });
+    });
+    return block;
 }
 
 /// Fills `block`, which is of no use where that fails. Returns why it failed; empty: it did not. Bytes past the
@@ -107,12 +118,12 @@ template <BitBlock Block> std::string decode(DataView bytes, Block& block)
     std::string fault;
     BitReader in(bytes);
     eachPart<Block>([&](const auto& part) {
-        part.each(block, [&](auto& value) {
-            const auto number = in.take(part.width);
-            if (const auto decoded = fromBits(part, number))
+        part.each(block, [&](const auto& field, auto& value) {
+            const auto number = in.take(field.width);
+            if (const auto decoded = fromBits(field, number))
                 value = *decoded;
             else if (fault.empty())
-                fault = fmt::format("{}: {} names no case", part.name, number);
+                fault = fmt::format("{}: {} names no case", field.name, number);
         });
     });
     return fault;

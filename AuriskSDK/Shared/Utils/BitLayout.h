@@ -33,7 +33,7 @@ template <auto Member> struct Field {
     static constexpr bool beginsMember() { return true; }
     constexpr unsigned bitCount() const { return width; }
     static constexpr auto& member(auto& block) { return block.*Member; }
-    constexpr void each(auto& block, auto&& visit) const { visit(block.*Member); }
+    constexpr void each(auto& block, auto&& visit) const { visit(*this, block.*Member); }
 };
 
 /// The elements first ... last of an array member, `width` bits each.
@@ -55,11 +55,11 @@ template <auto Member> struct Bands {
     constexpr void each(auto& block, auto&& visit) const
     {
         for (auto i = first; i <= last; ++i)
-            visit((block.*Member)[i]);
+            visit(*this, (block.*Member)[i]);
     }
 };
 
-/// A std::tuple of Field and Bands in the order of the stream. Specialised beside each block.
+/// A std::tuple of Field, Bands and Inner in the order of the stream. Specialised beside each block.
 template <typename Block> inline constexpr std::nullptr_t layoutOf = nullptr;
 
 template <typename Block>
@@ -98,5 +98,22 @@ template <BitBlock Block> constexpr unsigned bitOf(std::string_view name)
     });
     return begin;
 }
+
+/// A member that is a block itself.
+template <auto Member> struct Inner {
+    using Block = typename MemberTraits<decltype(Member)>::Owner;
+    using Value = typename MemberTraits<decltype(Member)>::Type;
+
+    std::string_view name;
+
+    static constexpr bool isList = false;
+    static constexpr bool beginsMember() { return true; }
+    constexpr unsigned bitCount() const { return bits::bitCount<Value>(); }
+    static constexpr auto& member(auto& block) { return block.*Member; }
+    constexpr void each(auto& block, auto&& visit) const
+    {
+        eachPart<Value>([&](const auto& part) { part.each(block.*Member, visit); });
+    }
+};
 
 } // namespace aurisk::bits
