@@ -116,7 +116,10 @@ std::vector<Wanted> programsIn(const ExchangePart& part, const codec::Members& d
         const codec::Place here{ name, &place };
         const codec::Members members(given[i], &here);
         const codec::Place number{ "program", &here };
-        const auto program = int(codec::readInteger(members.at(number), number, blockPrograms.low, blockPrograms.high));
+        const auto program = members.get<int>("program");
+        if (program < blockPrograms.low || program > blockPrograms.high)
+            throw codec::Unusable(
+                number, fmt::format("{} is outside {} ... {}", program, blockPrograms.low, blockPrograms.high));
         auto fields = readFields(members, here, BlockKind::program, part.chip);
         if (!wanted.emplace(program, Wanted{ { program }, std::move(fields) }).second)
             throw codec::Unusable(number, fmt::format("{} is there twice", program));
