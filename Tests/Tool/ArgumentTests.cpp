@@ -61,6 +61,18 @@ TEST(Arguments, AMistakeIsToldInOneSentence)
         { "raw fe68110301048016", "frame: its size byte says 3, but 2 bytes lie between it and the checksum" },
         { "raw fe68110201048017", "frame: it ends with 17, not with 16" },
         { "raw fe68110201048116", "frame: its checksum is 81, 80 is needed" },
+        { "dsp", "dsp: say show, set, export or import" },
+        { "dsp X1-L", "dsp: say show, set, export or import" },
+        { "dsp set X1-L", "dsp set: FIELD VALUE is missing" },
+        { "dsp set inputMode 1 --program all", "dsp set: --program is one program" },
+        { "dsp show --program 5", "--program: 5 is outside 0 to 4" },
+        { "dsp import", "dsp: the file is missing" },
+        { "dsp import f.json --program 1",
+            "dsp import: the file says which programs, so --program does not go with it" },
+        { "global show --program 1", "--program is no option of global (aurisk global --help lists them)" },
+        { "eq set X1-L", "eq set: HZ=DB is missing, as in 1000=-6" },
+        { "eq set X1-L 1000=-6 2000", "eq set: \"2000\" is not HZ=DB, as in 1000=-6" },
+        { "noise set", "noise: what it is to be is missing" },
         { "scan X1-L", "scan takes no device: \"X1-L\"" },
         { "scan --both", "--both does not go with scan" },
         { "scan --duration 0", "--duration: 0 is outside 0.001 to 86400 seconds" },
@@ -122,6 +134,29 @@ TEST(Arguments, TheLastWordIsTheValueAndTheOneBeforeItTheDevice)
     }
 }
 
+TEST(Arguments, AnOddWordBeforeFieldsAndValuesIsTheDevice)
+{
+    using Assignments = std::vector<tool::Assignment>;
+    struct {
+        Lines words;
+        std::string device;
+        Assignments assignments;
+    } const cases[] = {
+        { { "dsp", "set", "a", "1" }, "", { { "a", "1" } } },
+        { { "dsp", "set", "X1-L", "a", "-6 dB", "b", "-1" }, "X1-L", { { "a", "-6 dB" }, { "b", "-1" } } },
+        { { "global", "set", "X1-L", "a", "1" }, "X1-L", { { "a", "1" } } },
+        { { "eq", "set", "250=0", "500=-2" }, "", { { "250", "0" }, { "500", "-2" } } },
+        { { "eq", "set", "X1-L", "250=-2" }, "X1-L", { { "250", "-2" } } },
+        { { "noise", "set", "X1-L", "weak" }, "X1-L", { { "noise", "weak" } } },
+    };
+    for (const auto& [words, device, assignments] : cases) {
+        const auto options = std::get<Options>(tool::parseArguments(words));
+        EXPECT_EQ(options.action, tool::Action::set) << words.back();
+        EXPECT_EQ(options.device, device);
+        EXPECT_EQ(options.assignments, assignments);
+    }
+}
+
 TEST(Arguments, AFrameIsGivenWholeOrAsItsParts)
 {
     const Data readVolume = { 0xFE, 0x68, 0x11, 0x02, 0x01, 0x04, 0x80, 0x16 };
@@ -150,12 +185,12 @@ TEST(Arguments, HelpNamesTheFormsOfACommand)
 
 RC_GTEST_PROP(Arguments, AreTakenOrRefusedInASentenceWhateverTheyAre, ())
 {
-    const auto word
-        = rc::gen::oneOf(rc::gen::element<std::string>("scan", "info", "program", "volume", "mute", "transparency",
-                             "bredr", "battery", "find", "tone", "orientation", "monitor", "raw", "set", "stop", "on",
-                             "off", "X1-L", "-1", "0", "15", "256", "1e9", "--", "--json", "--both", "--program",
-                             "--db", "--db=", "--timeout", "--world", "-h", "fe68", "left"),
-            rc::gen::string<std::string>());
+    const auto word = rc::gen::oneOf(
+        rc::gen::element<std::string>("scan", "info", "program", "volume", "mute", "transparency", "bredr", "battery",
+            "find", "tone", "orientation", "monitor", "raw", "dsp", "eq", "global", "show", "import", "export",
+            "250=-2", "set", "stop", "on", "off", "X1-L", "-1", "0", "15", "256", "1e9", "--", "--json", "--both",
+            "--program", "--db", "--db=", "--timeout", "--world", "-h", "fe68", "left"),
+        rc::gen::string<std::string>());
     const auto words = *rc::gen::container<Lines>(word);
     const auto sentence = refusal(words);
     RC_ASSERT(!sentence.empty());

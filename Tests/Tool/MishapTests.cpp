@@ -114,6 +114,13 @@ TEST_F(ToolMishap, AnAidThatAnswersNonsenseHarmsNobody)
         { {}, "program set 3", "Odd-L did not answer within 3 s when asked to switch to program 3" },
         { { 0x00, 0xFE, 0x68, 0x91, 0xFF, 0x00, 0x00, 0x16 }, "program set 3",
             "Odd-L did not answer within 3 s when asked to switch to program 3" },
+        // 68 + 91 + 03 + 00 + 03 + 00 = FF, and the same of the shared block: one byte where 56 are due, or 12.
+        { { 0x00, 0xFE, 0x68, 0x91, 0x03, 0x00, 0x03, 0x00, 0xFF, 0x16 }, "dsp show --program 0",
+            "Odd-L holds settings of program 0 that make no sense" },
+        { { 0x00, 0xFE, 0x68, 0x91, 0x03, 0x00, 0x03, 0x00, 0xFF, 0x16 }, "dsp show --program 1",
+            "Odd-L gave an answer that fits nothing when asked to tell the settings of program 1" },
+        { { 0x00, 0xFE, 0x68, 0x91, 0x03, 0x06, 0x03, 0x00, 0x05, 0x16 }, "global show",
+            "Odd-L holds settings of all programs that make no sense" },
         { {}, "battery", "Odd-L has no battery service (180F)" },
     };
     for (const auto& [answer, commandLine, sentence] : cases) {
@@ -249,8 +256,9 @@ TEST_F(ToolMishap, AnInterruptionEndsCleanlyWhereverTheRunIs)
 TEST_F(ToolMishap, WhateverGoesWrongOnTheLinkTheRunEndsAndSaysSo)
 {
     const auto pristine = aid("X1-L").state();
-    for (const auto* command : { "info X1-L", "volume set X1-L 3", "battery X1-L", "find X1-L --seconds 1",
-             "tone X1-L 1000 --db 40", "monitor X1-L --duration 1", "raw X1-L 110104" }) {
+    for (const auto* command :
+        { "info X1-L", "volume set X1-L 3", "battery X1-L", "find X1-L --seconds 1", "tone X1-L 1000 --db 40",
+            "monitor X1-L --duration 1", "raw X1-L 110104", "eq set X1-L 1000=-6", "global show X1-L" }) {
         const int first = simulator->radio().messageCount("X1-L");
         ASSERT_EQ(aurisk(command), ExitCode::done);
         const int messages = simulator->radio().messageCount("X1-L") - first;

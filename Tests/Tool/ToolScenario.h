@@ -59,9 +59,11 @@ protected:
         return world;
     }
 
-    void begin(const std::string& commandLine)
+    void begin(const std::string& commandLine) { beginWords(wordsOf(commandLine)); }
+
+    void beginWords(const Lines& words)
     {
-        const auto options = std::get<tool::Options>(tool::parseArguments(wordsOf(commandLine)));
+        const auto options = std::get<tool::Options>(tool::parseArguments(words));
         sink = {};
         code.reset();
         output.emplace(sink, tool::Style{ .json = options.json, .colour = false });
@@ -84,6 +86,12 @@ protected:
     ExitCode aurisk(const std::string& commandLine)
     {
         begin(commandLine);
+        return end();
+    }
+
+    ExitCode auriskWords(const Lines& words)
+    {
+        beginWords(words);
         return end();
     }
 

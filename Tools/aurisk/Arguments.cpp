@@ -25,6 +25,9 @@ Examples:
   aurisk info X1-L                     all about one of them
   aurisk volume set X1-L 3             its current program becomes quieter
   aurisk volume set X1 3 --both        the same for the pair X1-L and X1-R
+  aurisk eq set X1-L 1000=-6           one band of its equaliser at -6 dB
+  aurisk dsp export X1-L fit.json      the settings of all its programs, to keep or to edit
+  aurisk dsp import X1 fit.json --both     ... and to give to a pair
   aurisk monitor --both --json         what the wearer of a pair does, for a program to read
   aurisk scan --world w.json --new-world    begin a world of simulated hearing aids that lasts from run to run
 
@@ -133,6 +136,16 @@ private:
             command.add_flag("--continuous", _options.continuous, "With on: it stays on continuously");
             break;
         case Command::tone: declareTone(command); break;
+        case Command::dsp:
+            option(command, "program", "P|all", "Which program (default: the current one; of an export: all)",
+                [this](const std::string& text) { takePrograms(text); });
+            break;
+        case Command::eq:
+        case Command::noise:
+        case Command::direction:
+            declareNumber(
+                command, "program", "P", "Which program (default: the current one)", blockPrograms, _options.program);
+            break;
         default: break;
         }
     }
@@ -158,6 +171,14 @@ private:
     {
         option(command, name, placeholder, help,
             [name, range, &value](const std::string& text) { value = wholeNumber("--" + name, text, range); });
+    }
+
+    void takePrograms(const std::string& text)
+    {
+        _options.allPrograms = text == "all";
+        _options.program.reset();
+        if (!_options.allPrograms)
+            _options.program = wholeNumber("--program", text, blockPrograms);
     }
 
     void takeBackend(const std::string& text)

@@ -59,6 +59,15 @@ Named onlyMember(const Json& value, const Place& place)
     return { value.begin().key(), *value.begin() };
 }
 
+std::int64_t readInteger(const Json& value, const Place& place, std::int64_t least, std::int64_t most)
+{
+    try {
+        return json::readInteger(value, least, most);
+    } catch (const JsonError& fault) {
+        throw Unusable(place, fault);
+    }
+}
+
 /// A frame as it is to be sent; identifiers that are null are left out of it. The size follows from the payload.
 template <> AuriskRawData read(const Json& value, const Place& place)
 {

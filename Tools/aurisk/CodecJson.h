@@ -88,6 +88,9 @@ struct Named {
 };
 Named onlyMember(const Json& value, const Place& place);
 
+/// The number, where it is written as an integer and within the bounds.
+std::int64_t readInteger(const Json& value, const Place& place, std::int64_t least, std::int64_t most);
+
 template <typename T> struct ArrayTraits : std::false_type {
 };
 template <typename T, std::size_t Count> struct ArrayTraits<std::array<T, Count>> : std::true_type {

@@ -120,25 +120,30 @@ void playOrientation(Session& session)
 
 } // namespace
 
-Play playOf(Command command)
+Plan planOf(const Options& options)
 {
-    switch (command) {
-    case Command::info: return playInfo;
-    case Command::program: return playProgram;
-    case Command::volume: return playVolume;
-    case Command::mute: return playMute;
-    case Command::transparency: return playTransparency;
-    case Command::bredr: return playBrEdr;
-    case Command::battery: return playBattery;
-    case Command::find: return playFind;
-    case Command::tone: return playTone;
-    case Command::orientation: return playOrientation;
-    case Command::monitor: return playMonitor;
-    case Command::raw: return playRaw;
+    switch (options.command) {
+    case Command::info: return { .play = playInfo };
+    case Command::program: return { .play = playProgram };
+    case Command::volume: return { .play = playVolume };
+    case Command::mute: return { .play = playMute };
+    case Command::transparency: return { .play = playTransparency };
+    case Command::bredr: return { .play = playBrEdr };
+    case Command::battery: return { .play = playBattery };
+    case Command::find: return { .play = playFind };
+    case Command::tone: return { .play = playTone };
+    case Command::orientation: return { .play = playOrientation };
+    case Command::monitor: return { .play = playMonitor };
+    case Command::raw: return { .play = playRaw };
+    case Command::dsp: return planDsp(options);
+    case Command::eq: return planEq(options);
+    case Command::noise: return planNoise(options);
+    case Command::direction: return planDirection(options);
+    case Command::global: return planGlobal(options);
     case Command::scan:
     case Command::codec: break;
     }
-    return nullptr;
+    return {};
 }
 
 } // namespace aurisk::tool

@@ -45,6 +45,16 @@ bool Descriptors::isColourful() const
     return ::isatty(_output) == 1 && (!noColour || *noColour == '\0');
 }
 
+bool Descriptors::isDrawing() const
+{
+    std::string_view locale; // the first of these that says anything counts
+    for (const auto* name : { "LC_ALL", "LC_CTYPE", "LANG" })
+        if (const char* const value = std::getenv(name); value && locale.empty())
+            locale = value;
+    const bool isUTF8 = locale.ends_with("UTF-8") || locale.ends_with("utf8");
+    return ::isatty(_output) == 1 && isUTF8;
+}
+
 void Descriptors::out(const std::string& line)
 {
     if (_isLost)

@@ -21,6 +21,9 @@ public:
     /// Whether people see standard output as it is written, and in colour.
     bool isColourful() const;
 
+    /// Whether what they see it on shows UTF-8.
+    bool isDrawing() const;
+
     /// Called when standard output takes nothing more. What follows for it is dropped.
     std::function<void()> onLost;
 

@@ -43,12 +43,28 @@ enum class Command {
     orientation,
     monitor,
     raw,
+    dsp,
+    eq,
+    noise,
+    direction,
+    global,
     codec
+};
+
+/// What a command does with settings.
+enum class Action { show, set, exportFile, importFile };
+
+/// A change to a setting, as typed.
+struct Assignment {
+    std::string field;
+    std::string value;
+
+    friend bool operator==(const Assignment&, const Assignment&) = default;
 };
 
 enum class Backend { sim, bluez };
 
-/// What the arguments ask for. Every value is within its range.
+/// What the arguments ask for. Every value is within its range, those of assignments apart.
 struct Options {
     Backend backend = Backend::sim;
     std::string world = {}; ///< the path of the simulator's world; empty: the default world, which nobody saves
@@ -66,7 +82,11 @@ struct Options {
     std::optional<bool> on = {};
     std::optional<AccessoryOrientation> orientation = {};
     std::optional<AuriskRawData> frame = {};
-    std::optional<int> program = {}; ///< whose volume it is about; none: the current one
+    std::optional<int> program = {}; ///< whose volume or settings it is about; none: the current one
+    bool allPrograms = false;
+    Action action = Action::show;
+    std::vector<Assignment> assignments = {}; ///< for Action::set
+    std::string file = {}; ///< to export to or import from; "-": standard output or input
     bool continuous = false;
     bool updates = false;
     std::optional<Seconds> duration = {}; ///< how long to scan, monitor, find or play
@@ -94,6 +114,11 @@ inline constexpr auto enumCases<tool::Command> = std::to_array<EnumCase<tool::Co
     { tool::Command::orientation, "orientation", "Read or write which ear a hearing aid is for" },
     { tool::Command::monitor, "monitor", "Show what wearers do, as it happens" },
     { tool::Command::raw, "raw", "Send a frame and explain the reply" },
+    { tool::Command::dsp, "dsp", "Show, change, export or import the settings of programs" },
+    { tool::Command::eq, "eq", "Draw or change the equaliser of a program" },
+    { tool::Command::noise, "noise", "Read or change the noise reduction of a program" },
+    { tool::Command::direction, "direction", "Read or change where a program listens to" },
+    { tool::Command::global, "global", "Show, change, export or import what all programs share" },
     { tool::Command::codec, "codec", "Turn bytes into values and back, one JSON object a line" },
 });
 

@@ -66,6 +66,18 @@ void Output::block(const std::string& heading, const Fields& fields)
             _sink.out(fmt::format("  {:{}}  {}", field.label, width, printable(field.text)));
 }
 
+void Output::picture(
+    const std::string& heading, const std::string& caption, const Fields& fields, const std::vector<std::string>& lines)
+{
+    if (_style.json)
+        return object(fields);
+    _sink.out(bold(printable(heading)) + "  " + caption);
+    for (const auto& line : lines)
+        _sink.out(line);
+}
+
+void Output::document(const std::string& text, const Json& value) { _sink.out(_style.json ? written(value) : text); }
+
 void Output::row(const Fields& fields, const std::vector<Column>& columns)
 {
     if (_style.json)

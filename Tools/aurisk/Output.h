@@ -40,6 +40,7 @@ struct Column {
 struct Style {
     bool json = false;
     bool colour = false; ///< of what goes to `Sink::out`
+    bool drawing = false; ///< with characters beyond ASCII there, to draw with
 };
 
 /// Writes what commands tell: as one JSON object a line, or for people, from the same description.
@@ -56,6 +57,15 @@ public:
 
     /// The heading, then a line for each field.
     void block(const std::string& heading, const Fields& fields);
+
+    /// `X1-L  program 0`, then the lines as they are. In JSON the fields.
+    void picture(const std::string& heading, const std::string& caption, const Fields& fields,
+        const std::vector<std::string>& lines);
+
+    /// A whole document: over many lines or, for a program to read, in one.
+    void document(const std::string& text, const Json& value);
+
+    const Style& style() const { return _style; }
 
     /// A row of a table; the labels of its first row make the head.
     void row(const Fields& fields, const std::vector<Column>& columns);

@@ -24,6 +24,10 @@ std::string purpose(const AuriskRequest& request)
     return std::visit(
         overloaded{
             [](const R::readVolume& r) { return fmt::format("tell the volume of program {}", r.program); },
+            [](const R::readDsp& r) { return fmt::format("tell the settings of program {}", r.program); },
+            [](const R::writeDsp& r) { return fmt::format("take new settings for program {}", r.program); },
+            [](const R::readGlobalDsp&) -> std::string { return "tell the settings that all programs share"; },
+            [](const R::writeGlobalDsp&) -> std::string { return "take new settings for all programs"; },
             [](const R::readProgramVolume&) -> std::string { return "tell its program and volume"; },
             [](const R::readOrientation&) -> std::string { return "tell its orientation"; },
             [](const R::writeOrientation& r) {
@@ -59,8 +63,8 @@ std::string purpose(const AuriskRequest& request)
 
 std::string advice(const AuriskRequest& request)
 {
-    const bool isAboutProgram
-        = request.as<R::controlProgram>() || request.as<R::controlVolume>() || request.as<R::readVolume>();
+    const bool isAboutProgram = request.as<R::controlProgram>() || request.as<R::controlVolume>()
+        || request.as<R::readVolume>() || request.as<R::readDsp>();
     return isAboutProgram ? " (aurisk info tells which programs it has)" : "";
 }
 

@@ -1,6 +1,6 @@
 #include "Tools/aurisk/Run.h"
 
-#include "Tools/aurisk/Commands.h"
+#include "Tools/aurisk/Values.h"
 
 #include <fmt/format.h>
 
@@ -36,6 +36,12 @@ std::shared_ptr<Run> Run::start(const Options& options, std::shared_ptr<Bluetoot
     std::function<void(ExitCode)> ended)
 {
     auto run = std::make_shared<Run>(Key{}, options, output, std::move(ended));
+    try {
+        run->_plan = planOf(options);
+    } catch (const UsageError& error) {
+        run->fail({ .code = ExitCode::usage, .sentence = error.what() });
+        return run;
+    }
     run->_manager = AccessoryManager::create(std::move(platform));
     run->_manager->setStatusDelegate(run);
     const auto tooLate = [weak = std::weak_ptr(run)] {
@@ -95,28 +101,52 @@ void Run::begin()
 
 void Run::open(const std::vector<std::shared_ptr<Accessory>>& devices)
 {
+    const auto gate = std::make_shared<Gate>(devices.size());
+    std::vector<std::shared_ptr<Session>> sessions;
     for (const auto& device : devices) {
         const auto aurisk = std::dynamic_pointer_cast<AuriskAccessory>(device);
         if (!aurisk)
             return fail({ .sentence
                 = fmt::format("{} is a {}, to which this tool cannot speak", device->name(), device->className()),
                 .name = device->name() });
-        _sessions.push_back(
-            Session::create(aurisk, _options, _output, _began, [weak = weak_from_this()](ExitCode code) {
+        if (const auto failure = check(*aurisk))
+            return fail(*failure);
+        sessions.push_back(
+            Session::create(aurisk, { _options, _output, _began, gate }, [weak = weak_from_this()](ExitCode code) {
                 if (const auto self = weak.lock())
                     self->sessionEnded(code);
             }));
     }
+    _sessions = std::move(sessions);
     _open = _sessions.size();
     for (const auto& session : _sessions)
-        session->open(playOf(_options.command));
+        session->open(_plan.play);
+}
+
+std::optional<Failure> Run::check(const AuriskAccessory& device) const
+try {
+    return _plan.check ? _plan.check(device) : std::nullopt;
+} catch (const UsageError& error) {
+    return Failure{ .code = ExitCode::usage, .sentence = error.what(), .name = device.name() };
 }
 
 void Run::sessionEnded(ExitCode code)
 {
     _worst = std::max(_worst, code);
-    if (--_open == 0)
-        finish(_worst);
+    if (--_open > 0)
+        return;
+    if (_worst == ExitCode::done)
+        conclude();
+    finish(_worst);
+}
+
+void Run::conclude()
+try {
+    if (_plan.conclude)
+        _plan.conclude(_output);
+} catch (const UsageError& error) {
+    _worst = ExitCode::usage;
+    _output.failure({ .code = ExitCode::usage, .sentence = error.what() });
 }
 
 void Run::interrupt()

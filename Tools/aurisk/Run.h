@@ -2,6 +2,7 @@
 
 #include "AuriskSDK/Platform/Bluetooth.h"
 #include "AuriskSDK/Shared/Accessory/AccessoryManager.h"
+#include "Tools/aurisk/Commands.h"
 #include "Tools/aurisk/DeviceFinder.h"
 #include "Tools/aurisk/Options.h"
 #include "Tools/aurisk/Output.h"
@@ -34,11 +35,14 @@ public:
 private:
     void begin();
     void open(const std::vector<std::shared_ptr<Accessory>>& devices);
+    std::optional<Failure> check(const AuriskAccessory& device) const;
+    void conclude();
     void sessionEnded(ExitCode code);
     void fail(const Failure& failure);
     void finish(ExitCode code);
 
     Options _options;
+    Plan _plan;
     Output& _output;
     std::function<void(ExitCode)> _ended;
     Seconds _began;

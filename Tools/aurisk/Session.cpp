@@ -28,18 +28,19 @@ bool isRefusal(const AuriskResultError& error)
 
 } // namespace
 
-std::shared_ptr<Session> Session::create(std::shared_ptr<AuriskAccessory> device, const Options& options,
-    Output& output, Seconds began, std::function<void(ExitCode)> ended)
+std::shared_ptr<Session> Session::create(
+    std::shared_ptr<AuriskAccessory> device, const Setting& setting, std::function<void(ExitCode)> ended)
 {
-    return std::make_shared<Session>(Key{}, std::move(device), options, output, began, std::move(ended));
+    return std::make_shared<Session>(Key{}, std::move(device), setting, std::move(ended));
 }
 
-Session::Session(Key, std::shared_ptr<AuriskAccessory> device, const Options& options, Output& output, Seconds began,
-    std::function<void(ExitCode)> ended)
+Session::Session(
+    Key, std::shared_ptr<AuriskAccessory> device, const Setting& setting, std::function<void(ExitCode)> ended)
     : _device(std::move(device))
-    , _options(options)
-    , _output(output)
-    , _began(began)
+    , _options(setting.options)
+    , _output(setting.output)
+    , _began(setting.began)
+    , _gate(setting.gate)
     , _ended(std::move(ended))
     , _tap(std::make_shared<PeripheralTap>(_device))
 {
@@ -122,11 +123,17 @@ void Session::attempt(const AuriskRequest& request, ThenWith<AuriskResult> then)
         return fail(fmt::format("{} has no service that answers requests (AE30)", name()));
     waitFor(purpose(request));
     _lastReply.reset();
+    _isAsking = true;
     _device->request(
         request, [weak = weak_from_this(), wait = _wait, request, then = std::move(then)](const AuriskResult& result) {
             const auto self = weak.lock();
-            if (self && self->_wait == wait)
+            if (!self)
+                return;
+            self->_isAsking = false;
+            if (self->_wait == wait)
                 self->answered(request, result, then);
+            else if (self->_phase == Phase::undoing)
+                self->undoNext();
         });
 }
 
@@ -160,6 +167,18 @@ void Session::request(const AuriskRequest& request, ThenWith<AuriskResponse> the
 void Session::failBeyondAnswer(const AuriskRequest& request)
 {
     fail(fmt::format("{} gave an answer that fits nothing when asked to {}", name(), purpose(request)));
+}
+
+void Session::meet(Then then)
+{
+    _gate->arrive([weak = weak_from_this(), then = std::move(then)](bool all) {
+        const auto self = weak.lock();
+        if (!self || self->_phase != Phase::working)
+            return;
+        if (all)
+            return then(*self);
+        self->fail(fmt::format("{} was left as it is, since the other one cannot go on", self->name()));
+    });
 }
 
 // The battery
@@ -209,6 +228,11 @@ void Session::line(const Fields& fields, const std::string& prefix)
 
 void Session::block(const Fields& fields) { _output.block(name(), identified(fields)); }
 
+void Session::picture(const std::string& caption, const Fields& fields, const std::vector<std::string>& lines)
+{
+    _output.picture(name(), caption, identified(fields), lines);
+}
+
 // The end
 
 void Session::fail(const std::string& sentence, ExitCode code)
@@ -231,6 +255,7 @@ void Session::finish(ExitCode code)
     _opened = nullptr;
     _pause = nullptr;
     _batteryRead = nullptr;
+    _gate->leave();
     undoNext();
 }
 
@@ -239,9 +264,22 @@ void Session::undoNext()
     waitIsOver();
     if (_undo.empty() || _device->state() != AccessoryState::connected)
         return close();
+    if (_isAsking) // what the device does yet, cannot be undone before it has
+        return letItAnswer();
     const auto request = _undo.back();
     _undo.pop_back();
     this->request(request, [](Session& self, const AuriskResponse&) { self.undoNext(); });
+}
+
+void Session::letItAnswer()
+{
+    constexpr auto longest = AuriskDataService::defaultTimeout * 2; // of a write that is followed by a switch
+    _timer = DispatchTimer::scheduledTimer(DispatchQueue::main(), longest, [weak = weak_from_this()] {
+        if (const auto self = weak.lock()) {
+            self->_isAsking = false;
+            self->undoNext();
+        }
+    });
 }
 
 void Session::close()

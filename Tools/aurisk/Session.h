@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AuriskSDK/HearingAid/Aurisk/AuriskAccessory.h"
+#include "Tools/aurisk/Gate.h"
 #include "Tools/aurisk/Options.h"
 #include "Tools/aurisk/Output.h"
 #include "Tools/aurisk/PeripheralTap.h"
@@ -33,11 +34,18 @@ public:
         Then disconnected = {};
     };
 
-    /// `began` is when the run did. `ended` is called once, when the device is disconnected.
-    static std::shared_ptr<Session> create(std::shared_ptr<AuriskAccessory> device, const Options& options,
-        Output& output, Seconds began, std::function<void(ExitCode)> ended);
-    Session(Key, std::shared_ptr<AuriskAccessory> device, const Options& options, Output& output, Seconds began,
-        std::function<void(ExitCode)> ended);
+    /// What a run has in common.
+    struct Setting {
+        const Options& options;
+        Output& output;
+        Seconds began; ///< when the run did
+        std::shared_ptr<Gate> gate;
+    };
+
+    /// `ended` is called once, when the device is disconnected.
+    static std::shared_ptr<Session> create(
+        std::shared_ptr<AuriskAccessory> device, const Setting& setting, std::function<void(ExitCode)> ended);
+    Session(Key, std::shared_ptr<AuriskAccessory> device, const Setting& setting, std::function<void(ExitCode)> ended);
 
     /// Connects and discovers the services.
     void open(Then then);
@@ -55,16 +63,24 @@ public:
     /// Asks for something that the device may refuse.
     void attempt(const AuriskRequest& request, ThenWith<AuriskResult> then);
 
-    /// Asks, and goes on with an answer of the type `Answer`; any other is a failure.
-    template <typename Answer> void read(const AuriskRequest& request, ThenWith<Answer> then)
+    /// Asks, and goes on with an answer of the type `Answer`; any other is a failure. `undo` is that of `request`.
+    template <typename Answer>
+    void read(const AuriskRequest& request, ThenWith<Answer> then, std::optional<AuriskRequest> undo = std::nullopt)
     {
-        this->request(request, [request, then = std::move(then)](Session& self, const AuriskResponse& response) {
+        const auto take = [request, then = std::move(then)](Session& self, const AuriskResponse& response) {
             if (const auto* answer = response.as<Answer>())
                 then(self, *answer);
             else
                 self.failBeyondAnswer(request);
-        });
+        };
+        this->request(request, take, std::move(undo));
     }
+
+    /// Ends with the sentence that the answer to `request` fits nothing.
+    void failBeyondAnswer(const AuriskRequest& request);
+
+    /// Goes on once every device of the run has come as far. Where one of them ends instead, so do all.
+    void meet(Then then);
 
     /// Reads the battery level.
     void readBattery(ThenWith<int> then);
@@ -80,6 +96,8 @@ public:
     /// Tells something of this device. `prefix` stands before its name.
     void line(const Fields& fields, const std::string& prefix = {});
     void block(const Fields& fields);
+    void picture(const std::string& caption, const Fields& fields, const std::vector<std::string>& lines);
+    const Style& style() const { return _output.style(); }
 
     /// Undoes, disconnects, ends.
     void finish(ExitCode code = ExitCode::done);
@@ -107,8 +125,8 @@ private:
     void waitIsOver();
     void answered(const AuriskRequest& request, const AuriskResult& result, const ThenWith<AuriskResult>& then);
     void askForBattery();
-    void failBeyondAnswer(const AuriskRequest& request);
     void undoNext();
+    void letItAnswer();
     void close();
     void end();
     Fields identified(const Fields& fields) const;
@@ -119,11 +137,13 @@ private:
     Options _options;
     Output& _output;
     Seconds _began;
+    std::shared_ptr<Gate> _gate;
     std::function<void(ExitCode)> _ended;
     std::shared_ptr<PeripheralTap> _tap;
 
     Phase _phase = Phase::opening;
     ExitCode _code = ExitCode::done;
+    bool _isAsking = false; ///< the accessory has yet to complete a request, whether or not anybody waits for it
     int _wait = 0; ///< counts waits: an answer to an earlier one comes too late
     std::string _purpose; ///< what the device is asked for in this wait
     std::shared_ptr<DispatchTimer> _timer; ///< the limit of this wait, or the end of a pause

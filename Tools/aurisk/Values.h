@@ -26,6 +26,7 @@ struct Range {
 
 constexpr Range volumes{ 0, 15 }; ///< four bits of the request
 constexpr Range programs{ 0, 14 }; ///< counted from 1 in four bits; which of them there are, the device knows
+constexpr Range blockPrograms{ 0, 4 }; ///< those whose settings can be asked for: 5 and 6 stand for what all share
 constexpr Range levels{ 0, 255 };
 constexpr Range frequencies{ 1, 65535 }; ///< Hz
 constexpr Range decibels{ 0, 255 };

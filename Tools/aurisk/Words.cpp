@@ -113,6 +113,85 @@ void takeOrientation(Options& options, WordList& words)
         throw UsageError(fmt::format("orientation: {} is neither left nor right", inQuotes(text)));
 }
 
+Action takeAction(const Options& options, WordList& words)
+{
+    struct Named {
+        std::string_view word;
+        Action action;
+    };
+    constexpr Named actions[] = { { "show", Action::show }, { "set", Action::set }, { "export", Action::exportFile },
+        { "import", Action::importFile } };
+    for (const auto& [word, action] : actions)
+        if (takeFirst(words, word))
+            return action;
+    throw UsageError(fmt::format("{}: say show, set, export or import", nameOf(options)));
+}
+
+/// `[DEVICE] FIELD VALUE [FIELD VALUE...]`
+void takeFieldValues(Options& options, WordList& words)
+{
+    if (words.size() < 2)
+        throw UsageError(fmt::format("{} set: FIELD VALUE is missing", nameOf(options)));
+    std::size_t i = words.size() % 2;
+    if (i == 1)
+        options.device = words.front();
+    for (; i < words.size(); i += 2)
+        options.assignments.push_back({ words[i], words[i + 1] });
+}
+
+/// `show [DEVICE]`, `set [DEVICE] FIELD VALUE...`, `export [DEVICE] FILE` or `import [DEVICE] FILE`
+void takeSettings(Options& options, WordList& words)
+{
+    options.action = takeAction(options, words);
+    switch (options.action) {
+    case Action::show: return takeDevice(options, words);
+    case Action::set: return takeFieldValues(options, words);
+    case Action::exportFile:
+    case Action::importFile: options.file = takeValue(options, words, "the file"); return;
+    }
+}
+
+void takeDsp(Options& options, WordList& words)
+{
+    const bool hasProgram = options.program || options.allPrograms;
+    takeSettings(options, words);
+    if (options.action == Action::set && options.allPrograms)
+        throw UsageError("dsp set: --program is one program");
+    if (options.action == Action::importFile && hasProgram)
+        throw UsageError("dsp import: the file says which programs, so --program does not go with it");
+    options.allPrograms = options.allPrograms || (options.action == Action::exportFile && !hasProgram);
+}
+
+/// `[DEVICE]` or `set [DEVICE] HZ=DB...`
+void takeEq(Options& options, WordList& words)
+{
+    if (!takeFirst(words, "set"))
+        return takeDevice(options, words);
+    options.action = Action::set;
+    const auto isGain = [](const std::string& word) { return word.find('=') != word.npos; };
+    if (!words.empty() && !isGain(words.front())) {
+        options.device = words.front();
+        words.erase(words.begin());
+    }
+    if (words.empty())
+        throw UsageError("eq set: HZ=DB is missing, as in 1000=-6");
+    for (const auto& word : words) {
+        if (!isGain(word))
+            throw UsageError(fmt::format("eq set: {} is not HZ=DB, as in 1000=-6", inQuotes(word)));
+        const auto middle = word.find('=');
+        options.assignments.push_back({ word.substr(0, middle), word.substr(middle + 1) });
+    }
+}
+
+/// `[DEVICE]` or `set [DEVICE] VALUE`
+void takePreset(Options& options, WordList& words)
+{
+    if (!takeFirst(words, "set"))
+        return takeDevice(options, words);
+    options.action = Action::set;
+    options.assignments = { { std::string(nameOf(options)), takeValue(options, words, "what it is to be") } };
+}
+
 /// A first word that holds anything but hexadecimal digits is the device.
 void takeFrame(Options& options, WordList& words)
 {
@@ -148,6 +227,18 @@ constexpr std::string_view rawNotes
 constexpr std::string_view toneNotes
     = "FREQ is in Hz, 1 to 65535. The hearing aid has to support the hearing test, which it enters for the tone and\n"
       "leaves afterwards. `tone stop` ends a tone that something else has left playing.";
+constexpr std::string_view dspNotes
+    = "FIELD is a name that `dsp show` tells, or direction, noise or matrixGain. VALUE is the name of a case, its\n"
+      "number (RAW) or its label; for a field of all bands a list with commas, or for one band FIELD@HZ:\n"
+      "  aurisk dsp set X1-L inputMode ai0TC matrixGain 12\n"
+      "  aurisk dsp set X1-L equalizerArray@1000 '-6 dB' --program 1\n"
+      "FILE is JSON, \"-\" standard output or input. A file of one hearing aid fits all with the same chip, that of a\n"
+      "pair its left and its right one. Fields that are missing in it stay as they are. What was imported is read\n"
+      "back and compared.";
+constexpr std::string_view eqNotes = "HZ is the frequency of a band, DB its gain: aurisk eq set X1-L 1000=-6 2000=-4";
+constexpr std::string_view globalNotes
+    = "FIELD is a name that `global show` tells, or numberOfPrograms; N is its number. What they stand for is up to\n"
+      "the hearing aid. FILE is as for `aurisk dsp`.";
 constexpr std::string_view codecNotes
     = "Reads one JSON object a line from standard input, such as {\"op\": \"hex.toBytes\", \"text\": \"fe 68\"}, and "
       "writes\n"
@@ -170,6 +261,16 @@ const Row& rowOf(Command command)
         { Command::orientation, takeOrientation, { { "[DEVICE]", "set [DEVICE] left|right" } } },
         { Command::monitor, takeDevice, { { "[DEVICE]" } } },
         { Command::raw, takeFrame, { { "[DEVICE] HEX..." }, rawNotes } },
+        { Command::dsp, takeDsp,
+            { { "show [DEVICE]", "set [DEVICE] FIELD VALUE [FIELD VALUE...]", "export [DEVICE] FILE",
+                  "import [DEVICE] FILE" },
+                dspNotes } },
+        { Command::eq, takeEq, { { "[DEVICE]", "set [DEVICE] HZ=DB [HZ=DB...]" }, eqNotes } },
+        { Command::noise, takePreset, { { "[DEVICE]", "set [DEVICE] off|weak|medium|strong" } } },
+        { Command::direction, takePreset, { { "[DEVICE]", "set [DEVICE] normal|tv|meeting|face" } } },
+        { Command::global, takeSettings,
+            { { "show [DEVICE]", "set [DEVICE] FIELD N [FIELD N...]", "export [DEVICE] FILE", "import [DEVICE] FILE" },
+                globalNotes } },
         { Command::codec, takeNothing, { { "" }, codecNotes } },
     };
     return *std::find_if(std::begin(rows), std::end(rows), [&](const Row& row) { return row.command == command; });

@@ -3,9 +3,9 @@
 _aurisk()
 {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands="scan info program volume mute transparency bredr battery find tone orientation monitor raw codec"
+    local commands="scan info program volume mute transparency bredr battery find tone orientation monitor raw dsp eq noise direction global codec"
     local words="--backend --world --new-world --both --json --log --timeout --help"
-    local command= word i
+    local command= action= word i
     COMPREPLY=()
 
     case $previous in
@@ -28,10 +28,12 @@ _aurisk()
         case ${COMP_WORDS[i - 1]} in
         --backend | --world | --timeout) continue ;;
         esac
-        if [[ $word != -* ]]; then
-            command=$word
+        [[ $word == -* ]] && continue
+        if [[ $command ]]; then
+            action=$word
             break
         fi
+        command=$word
     done
 
     case $command in
@@ -39,17 +41,27 @@ _aurisk()
     scan) words+=" --duration --updates" ;;
     monitor) words+=" --duration" ;;
     find) words+=" --seconds" ;;
-    volume) words+=" --program" ;;
+    volume | dsp | eq | noise | direction) words+=" --program" ;;
     bredr) words+=" --continuous" ;;
     tone) words+=" --db --amp --seconds --timestamp" ;;
     esac
     case $command in
-    program | volume | transparency | orientation) [[ $previous == "$command" ]] && words+=" set" ;;
+    program | volume | transparency | orientation | eq | noise | direction) [[ $previous == "$command" ]] && words+=" set" ;;
     tone) [[ $previous == "$command" ]] && words+=" stop" ;;
+    dsp | global) [[ $previous == "$command" ]] && words+=" show set export import" ;;
     esac
     case $command in
     mute | bredr) words+=" on off" ;;
     orientation) words+=" left right" ;;
+    noise) words+=" off weak medium strong" ;;
+    direction) words+=" normal tv meeting face" ;;
+    esac
+    case "$command $action" in
+    "dsp export" | "dsp import" | "global export" | "global import")
+        compopt -o filenames 2>/dev/null
+        mapfile -t COMPREPLY < <(compgen -f -- "$current")
+        [[ $current == -* ]] || return
+        ;;
     esac
     COMPREPLY=($(compgen -W "$words" -- "$current"))
 }

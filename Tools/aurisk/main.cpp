@@ -70,7 +70,8 @@ ExitCode runCommand(const Options& options, Descriptors& descriptors, Output& ou
 
 ExitCode runArguments(const std::vector<std::string>& arguments, Descriptors& descriptors)
 {
-    Output output(descriptors, { .json = wantsJson(arguments), .colour = descriptors.isColourful() });
+    Output output(descriptors,
+        { .json = wantsJson(arguments), .colour = descriptors.isColourful(), .drawing = descriptors.isDrawing() });
     try {
         const auto parsed = parseArguments(arguments);
         if (const auto* options = std::get_if<Options>(&parsed))
