@@ -30,7 +30,7 @@ function(fault text)
 endfunction()
 
 # The closure of internal headers: these are for sources alone.
-set(internal "AuriskSDK/Shared/Utils/Precondition.h" "AuriskSDK/Shared/Utils/BitCodec.h" "AuriskSDK/Shared/Utils/JsonFields.h" "AuriskSDK/HearingAid/Aurisk/Data/DspArithmetic.h")
+set(internal "AuriskSDK/Shared/Utils/Precondition.h" "AuriskSDK/Shared/Utils/BitCodec.h" "AuriskSDK/Shared/Utils/JsonFields.h")
 
 file(GLOB_RECURSE files RELATIVE ${root} ${root}/AuriskSDK/*.h ${root}/AuriskSDK/*.cpp ${root}/Simulator/*.h ${root}/Simulator/*.cpp)
 foreach(file IN LISTS files)

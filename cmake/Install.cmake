@@ -9,7 +9,7 @@ set(resources ${CMAKE_INSTALL_DATADIR}/aurisk-sdk/resources.bundle)
 
 # Headers that only sources include stay behind.
 install(DIRECTORY AuriskSDK DESTINATION ${headers} FILES_MATCHING PATTERN "*.h"
-    PATTERN "Precondition.h" EXCLUDE PATTERN "BitCodec.h" EXCLUDE PATTERN "JsonFields.h" EXCLUDE PATTERN "DspArithmetic.h" EXCLUDE)
+    PATTERN "Precondition.h" EXCLUDE PATTERN "BitCodec.h" EXCLUDE PATTERN "JsonFields.h" EXCLUDE)
 install(DIRECTORY Simulator DESTINATION ${headers} FILES_MATCHING PATTERN "*.h"
     PATTERN "AidFrame.h" EXCLUDE
     PATTERN "SimulatedCentral.h" EXCLUDE

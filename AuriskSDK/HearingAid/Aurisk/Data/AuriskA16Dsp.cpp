@@ -1,6 +1,6 @@
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskA16Dsp.h"
 
-#include "AuriskSDK/HearingAid/Aurisk/Data/DspArithmetic.h"
+#include "AuriskSDK/Shared/Utils/BitCodec.h"
 
 namespace aurisk {
 
@@ -26,10 +26,6 @@ AuriskA16Dsp::AuriskA16Dsp(DataView bytes)
     : AuriskA16Dsp(bits::decoded<AuriskA16Dsp>(bytes))
 {
 }
-
-std::optional<AuriskA16Dsp> AuriskA16Dsp::decode(DataView bytes) { return bits::decodedIfAny<AuriskA16Dsp>(bytes); }
-
-Data AuriskA16Dsp::toBytes() const { return bits::encode(*this); }
 
 AuriskDirection AuriskA16Dsp::direction() const
 {
@@ -65,18 +61,6 @@ void AuriskA16Dsp::setNoise(AuriskNoise noise)
     case AuriskNoise::strong: noiseReduction = NoiseReduction::max; break;
     }
 }
-
-void AuriskA16Dsp::setMatrixGain(int gain) { dsp::setMatrixGain(*this, gain); }
-
-int AuriskA16Dsp::getMatrixGain() const { return dsp::matrixGain(matrixGainMantissa, matrixGainExponent); }
-
-std::string AuriskA16Dsp::matrixGainDisplayValue() const { return dsp::matrixGainText(getMatrixGain()); }
-
-void AuriskA16Dsp::setEq(int eq, int frequency) { dsp::setEq(*this, eq, frequency); }
-
-std::optional<int> AuriskA16Dsp::getEq(int frequency) const { return dsp::getEq(*this, frequency); }
-
-void AuriskA16Dsp::testDataConsistency() { dsp::testDataConsistency<AuriskA16Dsp>(); }
 
 std::string description(const AuriskA16Dsp& dsp)
 {

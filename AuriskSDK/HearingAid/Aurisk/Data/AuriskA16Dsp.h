@@ -1,21 +1,19 @@
 #pragma once
 
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskDirection.h"
+#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskDspBlock.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskEnums.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskNoise.h"
-#include "AuriskSDK/Platform/Data.h"
 #include "AuriskSDK/Shared/Utils/BitLayout.h"
 
 #include <array>
-#include <optional>
 #include <string>
-#include <vector>
 
 namespace aurisk {
 
 /// The parameters of one program on the A16 chip: 56 bytes on the wire. Element `i` of an array belongs to the band
 /// whose FrequencyBand has raw value `i`. `em0` ... `em9` are bits of no meaning here, written back as they were read.
-struct AuriskA16Dsp {
+struct AuriskA16Dsp : AuriskDspBlock<AuriskA16Dsp> {
     using InputMode = AuriskA16DspEnum::InputMode;
     using AnalogPreGain = AuriskA16DspEnum::AnalogPreGain;
     using DigitalPreGain = AuriskA16DspEnum::DigitalPreGain;
@@ -72,12 +70,6 @@ struct AuriskA16Dsp {
     /// preconditions.
     explicit AuriskA16Dsp(DataView bytes);
 
-    /// The same, with none for bytes that break them.
-    static std::optional<AuriskA16Dsp> decode(DataView bytes);
-
-    /// 56 bytes. A value that does not fit its field is a broken precondition.
-    Data toBytes() const;
-
     /// The preset that the input mode stands for.
     AuriskDirection direction() const;
     /// Sets the input mode; `unknown` changes nothing.
@@ -86,16 +78,6 @@ struct AuriskA16Dsp {
     /// Of the five steps of `noiseReduction` a fitter has four; `medium` reads as `off` and is never set, deliberately.
     AuriskNoise noise() const;
     void setNoise(AuriskNoise noise);
-
-    /// `gain`: the attenuation, 1 to 47 dB. Others are a broken precondition.
-    void setMatrixGain(int gain);
-    int getMatrixGain() const; ///< the attenuation in dB
-    std::string matrixGainDisplayValue() const; ///< "-42 dB"; "Unknown" for what is no gain
-
-    /// Hz; the spelling is part of the interface.
-    std::vector<int> frequences() const { return { frequalizerArray.begin(), frequalizerArray.end() }; }
-    static constexpr int minEQValue() { return 0; }
-    static constexpr int maxEQValue() { return 21; } ///< one past the largest value, deliberately
 
     EqualizerGain getEqualizerGain(FrequencyBand band) const { return equalizerArray[rawValue(band)]; }
     void setEqualizerGain(EqualizerGain gain, FrequencyBand band) { equalizerArray[rawValue(band)] = gain; }
@@ -128,16 +110,6 @@ struct AuriskA16Dsp {
     {
         maximumPowerOutputArray[rawValue(band)] = output;
     }
-
-    /// `eq`: a raw value of EqualizerGain; others set the lowest gain, deliberately. `frequency`: the centre of a band,
-    /// in Hz; others change nothing.
-    void setEq(int eq, int frequency);
-    /// None where `frequency` is the centre of no band.
-    std::optional<int> getEq(int frequency) const;
-
-    /// Decodes and encodes each value of each byte, and prints those that come out different. The first value that
-    /// names no case is a broken precondition.
-    static void testDataConsistency();
 
     friend bool operator==(const AuriskA16Dsp&, const AuriskA16Dsp&) = default;
 

@@ -1,6 +1,6 @@
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskA4Dsp.h"
 
-#include "AuriskSDK/HearingAid/Aurisk/Data/DspArithmetic.h"
+#include "AuriskSDK/Shared/Utils/BitCodec.h"
 
 namespace aurisk {
 
@@ -29,10 +29,6 @@ AuriskA4Dsp::AuriskA4Dsp(DataView bytes)
 {
 }
 
-std::optional<AuriskA4Dsp> AuriskA4Dsp::decode(DataView bytes) { return bits::decodedIfAny<AuriskA4Dsp>(bytes); }
-
-Data AuriskA4Dsp::toBytes() const { return bits::encode(*this); }
-
 AuriskDirection AuriskA4Dsp::direction() const
 {
     for (const auto& preset : presets)
@@ -56,18 +52,6 @@ void AuriskA4Dsp::setDirection(AuriskDirection direction)
 AuriskNoise AuriskA4Dsp::noise() const { return static_cast<AuriskNoise>(noiseReduction); }
 
 void AuriskA4Dsp::setNoise(AuriskNoise noise) { noiseReduction = static_cast<NoiseReduction>(noise); }
-
-void AuriskA4Dsp::setMatrixGain(int gain) { dsp::setMatrixGain(*this, gain); }
-
-int AuriskA4Dsp::getMatrixGain() const { return dsp::matrixGain(matrixGainMantissa, matrixGainExponent); }
-
-std::string AuriskA4Dsp::matrixGainDisplayValue() const { return dsp::matrixGainText(getMatrixGain()); }
-
-void AuriskA4Dsp::setEq(int eq, int frequency) { dsp::setEq(*this, eq, frequency); }
-
-std::optional<int> AuriskA4Dsp::getEq(int frequency) const { return dsp::getEq(*this, frequency); }
-
-void AuriskA4Dsp::testDataConsistency() { dsp::testDataConsistency<AuriskA4Dsp>(); }
 
 std::string description(const AuriskA4Dsp& dsp)
 {

@@ -1,21 +1,19 @@
 #pragma once
 
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskDirection.h"
+#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskDspBlock.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskEnums.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskNoise.h"
-#include "AuriskSDK/Platform/Data.h"
 #include "AuriskSDK/Shared/Utils/BitLayout.h"
 
 #include <array>
-#include <optional>
 #include <string>
-#include <vector>
 
 namespace aurisk {
 
 /// The parameters of one program on the A4 chip: 12 bytes on the wire. Band `i` of the equaliser is the one whose
 /// FrequencyBand has raw value `i`.
-struct AuriskA4Dsp {
+struct AuriskA4Dsp : AuriskDspBlock<AuriskA4Dsp> {
     using InputMode = AuriskA4DspEnum::InputMode;
     using PreampGain = AuriskA4DspEnum::PreampGain;
     using FeedbackCanceler = AuriskA4DspEnum::FeedbackCanceler;
@@ -56,12 +54,6 @@ struct AuriskA4Dsp {
     /// enumeration give its fallback, which is the default of the field.
     explicit AuriskA4Dsp(DataView bytes);
 
-    /// The same, with none for fewer than 12 bytes.
-    static std::optional<AuriskA4Dsp> decode(DataView bytes);
-
-    /// 12 bytes. A value that does not fit its field is a broken precondition.
-    Data toBytes() const;
-
     /// The preset that the two preamplifier gains and the two lowest bands make up.
     AuriskDirection direction() const;
     /// Sets those four; `unknown` changes nothing.
@@ -70,27 +62,8 @@ struct AuriskA4Dsp {
     AuriskNoise noise() const;
     void setNoise(AuriskNoise noise);
 
-    /// `gain`: the attenuation, 1 to 47 dB. Others are a broken precondition.
-    void setMatrixGain(int gain);
-    int getMatrixGain() const; ///< the attenuation in dB
-    std::string matrixGainDisplayValue() const; ///< "-42 dB"; "Unknown" for what is no gain
-
-    /// Hz; the spelling is part of the interface.
-    std::vector<int> frequences() const { return { frequalizerArray.begin(), frequalizerArray.end() }; }
-    static constexpr int minEQValue() { return 0; }
-    static constexpr int maxEQValue() { return 16; } ///< one past the largest value, deliberately
-
     EqualizerGain getEqualizerGain(FrequencyBand band) const { return equalizerArray[rawValue(band)]; }
     void setEqualizerGain(EqualizerGain gain, FrequencyBand band) { equalizerArray[rawValue(band)] = gain; }
-
-    /// `eq`: a raw value of EqualizerGain; others set the lowest gain, deliberately. `frequency`: the centre of a band,
-    /// in Hz; others change nothing.
-    void setEq(int eq, int frequency);
-    /// None where `frequency` is the centre of no band.
-    std::optional<int> getEq(int frequency) const;
-
-    /// Decodes and encodes each value of each byte, and prints those that come out different.
-    static void testDataConsistency();
 
     friend bool operator==(const AuriskA4Dsp&, const AuriskA4Dsp&) = default;
 
