@@ -21,6 +21,7 @@ struct Cache {
     bool hearingSupported = false;
     std::map<int, Data> blocks = {};
     std::optional<Data> global = {};
+    AuriskProfile profile = {};
 
     friend bool operator==(const Cache&, const Cache&) = default;
 
@@ -32,7 +33,8 @@ struct Cache {
             .brEdr = accessory.brEdr(),
             .brEdrContinuousIfEnable = accessory.brEdrContinuousIfEnable(),
             .transLevel = accessory.transLevel(),
-            .hearingSupported = accessory.hearingSupported() };
+            .hearingSupported = accessory.hearingSupported(),
+            .profile = accessory.profile() };
         for (const auto& [program, dsp] : accessory.dspDic())
             held.blocks[program] = dsp.toBytes();
         if (accessory.global())
@@ -60,6 +62,8 @@ struct Cache {
             blocks[block->program] = block->dsp.toBytes();
         if (const auto* block = std::get_if<AuriskRequest::writeGlobalDsp>(&asked))
             global = block->global.toData();
+        if (const auto* field = std::get_if<AuriskRequest::writeProfile>(&asked))
+            profile.set(field->type, field->data);
         if (const auto* transparency = std::get_if<AuriskRequest::setTransparency>(&asked))
             transLevel = transparency->level;
         if (const auto* classic = std::get_if<AuriskRequest::setBrEdr>(&asked)) {
@@ -89,14 +93,16 @@ struct Cache {
         } else if (const auto* shared = response.as<AuriskResponse::didReadGlobal>()) {
             if (shared->data.size() >= 12)
                 global = Data(shared->data.begin(), shared->data.begin() + 12);
-        } else if (!response.as<AuriskResponse::didReadProfile>())
+        } else if (const auto* field = response.as<AuriskResponse::didReadProfile>())
+            profile.set(field->type, field->data);
+        else
             acknowledged(request);
     }
 };
 
 AuriskRequest chooseRequest(InputReader& reader)
 {
-    const int which = reader.byte() % 11, a = reader.byte() % 200, b = reader.byte();
+    const int which = reader.byte() % 12, a = reader.byte() % 200, b = reader.byte();
     switch (which) {
     case 0: return AuriskRequest::readVolume{ .program = a };
     case 1: return AuriskRequest::controlVolume{ .volume = b, .program = a };
@@ -116,6 +122,9 @@ AuriskRequest chooseRequest(InputReader& reader)
         global.numberOfPrograms = b % 8;
         return AuriskRequest::writeGlobalDsp{ .global = global, .chip = AuriskChip::a16, .withResponse = true };
     }
+    case 10:
+        return AuriskRequest::writeProfile{ .data = Data(std::size_t(a % 40), std::uint8_t(b)),
+            .type = enumCases<AuriskProfileType>[std::size_t(b) % enumCases<AuriskProfileType>.size()].value };
     default: return AuriskRequest::writeDspData{ .data = Data(std::size_t(a)), .program = 0, .withResponse = true };
     }
 }

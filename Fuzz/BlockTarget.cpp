@@ -1,9 +1,11 @@
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskDataLog.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskDsp.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskGlobalDsp.h"
+#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskProfile.h"
 #include "Fuzz/FuzzTargets.h"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 
 namespace aurisk::fuzz {
 
@@ -60,8 +62,32 @@ void block(DataView input)
         require(changed == *dsp, "an equaliser that was read changed the block when it was written");
         require(!description(changed).empty(), "a block without a description");
     }
+    const auto reserved = AuriskProfileReservedField::decode(input);
+    require(reserved.has_value() == (input.size() >= 20), "a reserved field is one by its length alone");
+    if (reserved) {
+        const auto encoded = reserved->toData();
+        require(std::equal(encoded.begin(), encoded.end(), input.begin()), "a reserved field came out as another");
+    }
     if (input.size() >= 228)
         require(AuriskSummaryDataLog::decode(input).has_value(), "a summary is one by its length alone");
+}
+
+/// A profile from a file is one, or is refused; one that came from a device, a field at a time, can be kept in a file.
+void profile(DataView input)
+{
+    const auto json = nlohmann::json::parse(input.begin(), input.end(), nullptr, false);
+    if (!json.is_discarded())
+        try {
+            const auto given = AuriskProfile::fromJson(json);
+            require(
+                AuriskProfile::fromJson(given.toJson()) == given, "a profile did not survive being written and read");
+        } catch (const JsonError&) {
+        }
+    AuriskProfile told;
+    for (const auto& field : enumCases<AuriskProfileType>)
+        told.set(field.value, input);
+    require(AuriskProfile::fromJson(nlohmann::json::parse(told.toJson().dump())) == told,
+        "a profile that a device told cannot be kept in a file");
 }
 
 } // namespace aurisk::fuzz

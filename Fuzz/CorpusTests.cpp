@@ -30,6 +30,7 @@ constexpr NamedTarget targets[] = {
     { "hexadecimal", fuzz::hexadecimal },
     { "accessory", fuzz::accessory },
     { "block", fuzz::block },
+    { "profile", fuzz::profile },
     { "world", fuzz::world },
 };
 
