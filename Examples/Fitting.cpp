@@ -16,7 +16,7 @@ public:
             if (_aid && _aid->connect(_listener, Seconds(5), "fitting"))
                 manager->stopScan();
         };
-        _listener->reports.services = [this](const auto&) { read([this] { change(); }); };
+        _listener->reports.services = [this](const auto&) { read([this](const AuriskDsp& dsp) { change(dsp); }); };
         manager->setScanningDelegate(_listener);
         manager->startScan(Seconds(5));
     }
@@ -26,19 +26,21 @@ public:
 private:
     static constexpr int program = 0;
 
-    /// The accessory holds what the device answers, so whoever goes on finds it there.
-    void read(std::function<void()> then)
+    /// Goes on with what the device answers. The accessory keeps that, too; but what it keeps may be older.
+    void read(std::function<void(const AuriskDsp&)> then)
     {
         _aid->request(AuriskRequest::readDsp{ .program = program }, [this, then](const AuriskResult& result) {
-            if (!result.isSuccess() || !_aid->dspDic().contains(program))
-                return end("cannot be read: " + aurisk::description(result));
-            then();
+            const auto* read = result.isSuccess() ? result.data()->as<AuriskResponse::didReadDsp>() : nullptr;
+            const auto dsp = read ? AuriskDsp::decode(_aid->hearChip(), read->data) : std::nullopt;
+            if (!dsp || read->program != program)
+                return end("cannot be read: " + description(result));
+            then(*dsp);
         });
     }
 
-    void change()
+    void change(const AuriskDsp& dsp)
     {
-        _wanted = _aid->dspDic().at(program);
+        _wanted = dsp;
         std::cout << _aid->name() << " had " << summary(*_wanted) << '\n';
         for (const int frequency : _wanted->frequences())
             if (const int step = *_wanted->getEq(frequency); frequency >= 2000 && step + 1 < _wanted->maxEQValue())
@@ -47,15 +49,15 @@ private:
         const AuriskRequest::writeDsp write{ .dsp = *_wanted, .program = program, .withResponse = true };
         _aid->request(write, [this](const AuriskResult& result) {
             if (!result.isSuccess())
-                return end("refuses: " + aurisk::description(result));
-            read([this] { compare(); });
+                return end("refuses: " + description(result));
+            read([this](const AuriskDsp& held) { compare(held); });
         });
     }
 
-    void compare()
+    void compare(const AuriskDsp& held)
     {
-        _isDone = _aid->dspDic().at(program) == *_wanted;
-        end("has " + summary(_aid->dspDic().at(program)));
+        _isDone = held == *_wanted;
+        end("has " + summary(held));
     }
 
     void end(const std::string& sentence)

@@ -308,7 +308,7 @@ void SimulatedAuriskAid::resetToFactory()
     fresh.radioChip = _state.radioChip;
     fresh.transparencyFlag = _state.transparencyFlag;
     fresh.hearingTestSupported = _state.hearingTestSupported;
-    fresh.volumes.assign(_state.volumes.size(), fresh.volumes.front());
+    fresh.volumes = std::vector<int>(_state.volumes.size(), fresh.volumes.front());
     fresh.isRight = isRightByName(_state.name);
     fresh.battery = _state.battery;
     fresh.profile = std::move(_state.profile);

@@ -11,7 +11,8 @@
 namespace aurisk {
 
 /// A world that runs: its radio works, and its wearers do what the script says. Hold on to it for as long as it is to
-/// run; the script ends with it. Use it on the thread that runs its queue.
+/// run; the script ends with it. Use it on the thread that runs its queue, which has to outlive it, its platform and
+/// whatever holds them.
 ///
 ///     const auto simulator = Simulator::create(SimulatedWorld::makeDefault());
 ///     const auto manager = AccessoryManager::create(simulator->platform());

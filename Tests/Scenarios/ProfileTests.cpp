@@ -1,3 +1,4 @@
+#include "AuriskSDK/HearingAid/Aurisk/Repository/AuriskResourceBundle.h"
 #include "Tests/Support/AuriskScenario.h"
 #include "Tests/Support/Bytes.h"
 #include "Tests/Support/PlayedAid.h"
@@ -49,6 +50,29 @@ protected:
     std::shared_ptr<AuriskAccessory> accessory;
     std::map<Data, Data> answers; ///< by request
 };
+
+TEST_F(Profile, TakesTheDefaultDataOfItsModelOnceThatIsKnown)
+{
+    AuriskResourceBundle bundle;
+    for (const char* shape : { "any", "power 2" })
+        bundle.entries.push_back({ .skuCode = "S7", .shape = shape });
+    bundle.entries[1].hornPowerCode = 2;
+    answers = {
+        { "FE 68 11 02 04 08 87 16"_bytes, "00 FE 68 91 04 04 08 53 37 93 16"_bytes }, // S7
+        { "FE 68 11 02 05 08 88 16"_bytes,
+            "00 FE 68 91 16 05 08 00 00 00 00 00 00 00 00 02 00 00 00 00 00 00 00 00 00 00 00 1E 16"_bytes },
+    };
+    givenAConnectedAid("X1-L");
+    EXPECT_FALSE(accessory->takeRepository(bundle));
+    reads(Type::productSku);
+    EXPECT_TRUE(accessory->takeRepository(bundle));
+    EXPECT_EQ(accessory->profile().repository.shape, "any");
+    reads(Type::productReserved); // the ninth byte is the power of the receiver
+    EXPECT_TRUE(accessory->takeRepository(bundle));
+    EXPECT_EQ(accessory->profile().repository.shape, "power 2");
+    EXPECT_FALSE(accessory->takeRepository({}));
+    EXPECT_EQ(accessory->profile().repository.shape, "power 2");
+}
 
 TEST_F(Profile, HoldsWhatWasReadAndWhatWasWrittenAndAcknowledged)
 {

@@ -19,7 +19,9 @@ public:
 
     // Both call `complete`, which may be empty, once on the main queue, never inside the call: with none where a frame
     // was refused or not answered, or the accessory is not connected. Before the first discovery of its services
-    // nothing is sent and nobody is called, as for `request`.
+    // nothing is sent and nobody is called, as for `request`. All frames of a log are sent even after one has failed,
+    // and one that is not answered takes 3.1 s: 12 s for a silent device's summary, two minutes for its user events.
+    // The answers are joined in the order in which they come; they do not say which block they are.
 
     /// Reads the summary. None also where what came is too short.
     void requestSummaryDataLog(SummaryComplete complete);

@@ -1,6 +1,7 @@
 #include "AuriskSDK/HearingAid/Aurisk/AuriskAccessory.h"
 
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskManuData.h"
+#include "AuriskSDK/HearingAid/Aurisk/Repository/AuriskResourceBundle.h"
 #include "AuriskSDK/Shared/Utils/AuriskLog.h"
 #include "AuriskSDK/Shared/Utils/Precondition.h"
 
@@ -141,6 +142,16 @@ void AuriskAccessory::readScenesOfProgram(Complete complete)
     request(AuriskRequest::readProfile{ .type = AuriskProfileType::productReserved }, std::move(complete));
 }
 
+bool AuriskAccessory::takeRepository(const AuriskResourceBundle& bundle)
+{
+    const auto& reserved = _profile.reservedField;
+    const auto entry = bundle.find(
+        _profile.skuCode, _profile.patternCode, reserved ? std::optional(reserved->hornPowerCode) : std::nullopt);
+    if (entry)
+        _profile.repository = *entry;
+    return entry.has_value();
+}
+
 void AuriskAccessory::readBattery()
 {
     if (_batteryService)
@@ -226,7 +237,7 @@ void AuriskAccessory::apply(const AuriskResponse& response, const AuriskRequest&
 template <typename Block> std::optional<Block> AuriskAccessory::decoded(std::string_view what, DataView data) const
 {
     auto block = Block::decode(_hearChip, data);
-    if (!block)
+    if (!block && _hearChip != AuriskChip::unassigned)
         log(fmt::format("a {} block of {} bytes does not decode and is dropped", what, data.size()));
     return block;
 }

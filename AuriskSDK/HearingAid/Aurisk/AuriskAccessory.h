@@ -11,6 +11,7 @@
 #include "AuriskSDK/HearingAid/Aurisk/Service/AuriskDataService.h"
 #include "AuriskSDK/Shared/Accessory/Accessory.h"
 
+#include <array>
 #include <functional>
 #include <map>
 #include <memory>
@@ -22,6 +23,7 @@ namespace aurisk {
 
 class AuriskAccessory;
 struct AuriskManuData;
+struct AuriskResourceBundle;
 
 /// Hears what one Aurisk hearing aid does, beside its connection. Called on the main queue.
 class AuriskAccessoryDelegate : public virtual AccessoryDelegate {
@@ -34,8 +36,9 @@ public:
     virtual void didNotifyProgram(const std::shared_ptr<AuriskAccessory>& accessory, int previous, int current) = 0;
     /// The wearer changed the volume of the current program. Without an earlier one `previous` is the current one.
     virtual void didNotifyVolume(const std::shared_ptr<AuriskAccessory>& accessory, int previous, int current) = 0;
-    /// A request succeeded, and the accessory holds its outcome. Told twice for a request whose reply is a plain
-    /// acknowledgement, deliberately.
+    /// A request succeeded, and the accessory holds what is kept of its outcome: nothing of a block or text that does
+    /// not decode, of blocks written as bytes, of blocks of an unassigned chip, of mute, beep and orientation. Told
+    /// twice for a request whose reply is a plain acknowledgement, deliberately.
     virtual void didUpdateValue(const std::shared_ptr<AuriskAccessory>& accessory, const AuriskRequest& request) = 0;
 };
 
@@ -71,10 +74,8 @@ public:
     // What is known of the device's state. None, or absent: not known yet.
     std::optional<int> bat() const { return _bat; } ///< percent
     std::optional<int> program() const { return _program; } ///< the current one
-    const std::map<int, int>& volumeDic() const
-    {
-        return _volumeDic;
-    } ///< by program; 0 to 15 on a device that keeps to the protocol
+    /// By program; 0 to 15 on a device that keeps to the protocol.
+    const std::map<int, int>& volumeDic() const { return _volumeDic; }
     std::optional<int> volume() const; ///< of the current program
     const std::map<int, AuriskDsp>& dspDic() const { return _dspDic; } ///< by program
     std::optional<AuriskDsp> dsp() const; ///< of the current program
@@ -84,7 +85,7 @@ public:
     std::array<AuriskProgram, 4> scenesOfProgram() const { return _profile.programs(); }
     std::optional<bool> brEdr() const { return _brEdr; } ///< classic Bluetooth
     bool brEdrContinuousIfEnable() const { return _brEdrContinuousIfEnable; }
-    std::optional<int> transLevel() const { return _transLevel; }
+    std::optional<int> transLevel() const { return _transLevel; } ///< of transparency, 0 to 255
     bool hearingSupported() const { return _hearingSupported; } ///< the in-situ hearing test
 
     // The services of the current connection, none before their discovery; after a disconnection those of the last one.
@@ -112,6 +113,10 @@ public:
 
     /// Asks for the profile field that holds the scenes of the programs.
     void readScenesOfProgram(Complete complete);
+
+    /// Looks the default data of this device's model up and puts them into its profile, as far as that tells the model:
+    /// read SKU, pattern and reserved field before. False, and the profile stays as it was, where no entry fits.
+    bool takeRepository(const AuriskResourceBundle& bundle);
 
     /// Asks for the battery level, which arrives as `batteryDidChanged`; nothing before the battery service is known.
     void readBattery();

@@ -1,5 +1,7 @@
 #include "AuriskSDK/HearingAid/Aurisk/AuriskH01Accessory.h"
 
+#include "AuriskSDK/Shared/Utils/Precondition.h"
+
 namespace aurisk {
 
 namespace {
@@ -27,6 +29,7 @@ void AuriskH01Accessory::request(const AuriskRequest& request, Complete complete
     const auto program = writtenProgram(request);
     if (!program)
         return AuriskAccessory::request(request, std::move(complete));
+    precondition(*program >= 0 && *program <= 254, "program: {} cannot be switched to", *program);
     AuriskAccessory::request(request,
         [weak = weak_from_this(), program = *program, complete = std::move(complete)](const AuriskResult& result) {
             const auto self = std::static_pointer_cast<AuriskH01Accessory>(weak.lock());

@@ -16,7 +16,8 @@ public:
     using AuriskAccessory::request;
 
     /// As that of AuriskAccessory. On this chip an acknowledged write of a program's block is followed by the switch to
-    /// that program: `complete` gets the outcome of the switch, or the error of the write.
+    /// that program: `complete` gets the outcome of the switch, or the error of the write. A program that cannot be
+    /// switched to, outside 0 to 254, is a broken precondition before anything is sent.
     void request(const AuriskRequest& request, Complete complete = {}) override;
 };
 

@@ -130,6 +130,8 @@ TEST_F(ChipVariant, H01SendsNoSwitchAfterAWriteThatFailed)
     EXPECT_THAT(heard, SizeIs(2));
     EXPECT_EQ(aid->program(), std::nullopt);
     EXPECT_THAT(aid->dspDic(), IsEmpty());
+    for (const int program : { -1, 255 }) // which no switch can name
+        EXPECT_NE(stopOf([&] { aid->request(writeBlock(program)); }), std::nullopt);
 }
 
 TEST_F(ChipVariant, H01TellsTheRequesterWhenItHasGoneBeforeTheSwitch)

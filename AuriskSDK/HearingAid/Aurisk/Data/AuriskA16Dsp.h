@@ -79,36 +79,43 @@ struct AuriskA16Dsp : AuriskDspBlock<AuriskA16Dsp> {
     AuriskNoise noise() const;
     void setNoise(AuriskNoise noise);
 
-    EqualizerGain getEqualizerGain(FrequencyBand band) const { return equalizerArray[rawValue(band)]; }
-    void setEqualizerGain(EqualizerGain gain, FrequencyBand band) { equalizerArray[rawValue(band)] = gain; }
-    CompressionRatio getCompressionRatio(FrequencyBand band) const { return compressionRatioArray[rawValue(band)]; }
+    // The values of one band. A number that is no band's reads as the default, and sets nothing.
+    EqualizerGain getEqualizerGain(FrequencyBand band) const
+    {
+        return valueAt(equalizerArray, band, EqualizerGain::db0);
+    }
+    void setEqualizerGain(EqualizerGain gain, FrequencyBand band) { setValueAt(equalizerArray, band, gain); }
+    CompressionRatio getCompressionRatio(FrequencyBand band) const
+    {
+        return valueAt(compressionRatioArray, band, CompressionRatio::ratio1_00);
+    }
     void setCompressionRatio(CompressionRatio ratio, FrequencyBand band)
     {
-        compressionRatioArray[rawValue(band)] = ratio;
+        setValueAt(compressionRatioArray, band, ratio);
     }
     CompressionConstant getCompressionConstant(FrequencyBand band) const
     {
-        return compressionConstantArray[rawValue(band)];
+        return valueAt(compressionConstantArray, band, CompressionConstant::constant0);
     }
     void setCompressionConstant(CompressionConstant constant, FrequencyBand band)
     {
-        compressionConstantArray[rawValue(band)] = constant;
+        setValueAt(compressionConstantArray, band, constant);
     }
     CompressionThreshold getCompressionThreshold(FrequencyBand band) const
     {
-        return compressionThresholdArray[rawValue(band)];
+        return valueAt(compressionThresholdArray, band, CompressionThreshold::db40);
     }
     void setCompressionThreshold(CompressionThreshold threshold, FrequencyBand band)
     {
-        compressionThresholdArray[rawValue(band)] = threshold;
+        setValueAt(compressionThresholdArray, band, threshold);
     }
     MaximumPowerOutput getMaximumPowerOutput(FrequencyBand band) const
     {
-        return maximumPowerOutputArray[rawValue(band)];
+        return valueAt(maximumPowerOutputArray, band, MaximumPowerOutput::muo);
     }
     void setMaximumPowerOutput(MaximumPowerOutput output, FrequencyBand band)
     {
-        maximumPowerOutputArray[rawValue(band)] = output;
+        setValueAt(maximumPowerOutputArray, band, output);
     }
 
     friend bool operator==(const AuriskA16Dsp&, const AuriskA16Dsp&) = default;

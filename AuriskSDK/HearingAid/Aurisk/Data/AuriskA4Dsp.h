@@ -62,8 +62,12 @@ struct AuriskA4Dsp : AuriskDspBlock<AuriskA4Dsp> {
     AuriskNoise noise() const;
     void setNoise(AuriskNoise noise);
 
-    EqualizerGain getEqualizerGain(FrequencyBand band) const { return equalizerArray[rawValue(band)]; }
-    void setEqualizerGain(EqualizerGain gain, FrequencyBand band) { equalizerArray[rawValue(band)] = gain; }
+    // The values of one band. A number that is no band's reads as the default, and sets nothing.
+    EqualizerGain getEqualizerGain(FrequencyBand band) const
+    {
+        return valueAt(equalizerArray, band, EqualizerGain::db0);
+    }
+    void setEqualizerGain(EqualizerGain gain, FrequencyBand band) { setValueAt(equalizerArray, band, gain); }
 
     friend bool operator==(const AuriskA4Dsp&, const AuriskA4Dsp&) = default;
 

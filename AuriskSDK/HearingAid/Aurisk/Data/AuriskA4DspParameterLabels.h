@@ -2,6 +2,9 @@
 
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskEnums.h"
 
+#include <string>
+#include <vector>
+
 namespace aurisk {
 
 /// The texts under which a fitter sees the parameters of the A4 chip, each list indexed by raw value.

@@ -37,7 +37,8 @@ template <typename Dsp> void AuriskDspBlock<Dsp>::setMatrixGain(int gain)
 
 template <typename Dsp> int AuriskDspBlock<Dsp>::getMatrixGain() const
 {
-    return dsp().matrixGainMantissa - 6 * dsp().matrixGainExponent + 42;
+    return static_cast<int>(
+        std::int64_t{ dsp().matrixGainMantissa } - 6 * std::int64_t{ dsp().matrixGainExponent } + 42);
 }
 
 template <typename Dsp> std::string AuriskDspBlock<Dsp>::matrixGainDisplayValue() const

@@ -11,11 +11,11 @@ namespace aurisk {
 
 /// What the program blocks of both chips have in common; `Dsp` is the block itself.
 template <typename Dsp> struct AuriskDspBlock {
-    /// The block that the first of `bytes` hold. None where they are too few, or hold bits that the chip's strict
-    /// constructor stops for.
+    /// The block that the first of `bytes` hold. None where they are too few (12 are needed on the A4, 56 on the A16)
+    /// and on the A16 where bits name no case of a field's enumeration.
     static std::optional<Dsp> decode(DataView bytes);
 
-    /// As many bytes as the block has on the wire. A value that does not fit its field is a broken precondition.
+    /// 12 bytes on the A4, 56 on the A16. A value that does not fit its field is a broken precondition.
     Data toBytes() const;
 
     /// `gain`: the attenuation, 1 to 47 dB. Others are a broken precondition.
@@ -44,6 +44,21 @@ template <typename Dsp> struct AuriskDspBlock {
     static void testDataConsistency();
 
     friend bool operator==(const AuriskDspBlock&, const AuriskDspBlock&) = default;
+
+protected:
+    /// The value of a band; `otherwise` for a number that is no band's.
+    template <typename Values, typename Band>
+    static auto valueAt(const Values& values, Band band, typename Values::value_type otherwise)
+    {
+        return rawValue(band) < values.size() ? values[rawValue(band)] : otherwise;
+    }
+    /// A number that is no band's changes nothing.
+    template <typename Values, typename Band>
+    static void setValueAt(Values& values, Band band, typename Values::value_type value)
+    {
+        if (rawValue(band) < values.size())
+            values[rawValue(band)] = value;
+    }
 
 private:
     Dsp& dsp() { return static_cast<Dsp&>(*this); }

@@ -6,13 +6,15 @@ namespace aurisk {
 
 std::string caseLabel(std::string_view name, std::string_view text)
 {
-    const auto number = numberInName(name);
-    if (!text.empty() || !number)
+    const auto number = numberInName(name).value_or(0);
+    if (!text.empty())
         return std::string(text);
     if (name.starts_with("ratio"))
-        return fmt::format("{:.2f} : 1", *number);
-    const auto unit = name.starts_with("hz") ? "Hz" : name.starts_with("ms") ? "ms" : "dB";
-    return fmt::format("{:.0f} {}", *number, unit);
+        return fmt::format("{:.2f} : 1", number);
+    for (const auto& [prefix, unit] : { std::pair("db", "dB"), std::pair("hz", "Hz"), std::pair("ms", "ms") })
+        if (name.starts_with(prefix))
+            return fmt::format("{:.0f} {}", number, unit);
+    return {};
 }
 
 } // namespace aurisk

@@ -2,6 +2,8 @@
 
 #include "AuriskSDK/Shared/Utils/LabelledCase.h"
 
+#include <fmt/format.h>
+
 namespace aurisk {
 
 std::optional<AuriskGlobalDsp> AuriskGlobalDsp::decode(AuriskChip chip, DataView data)
@@ -34,6 +36,10 @@ Data AuriskGlobalDsp::toData() const
     return std::visit([](const auto& block) { return block.toData(); }, _block);
 }
 
-std::string description(const AuriskGlobalDsp& global) { return description(global.toData()); }
+std::string description(const AuriskGlobalDsp& global)
+{
+    return std::visit([]<typename Block>(const Block&) { return fmt::format("{} bytes", bits::bitCount<Block>() / 8); },
+        global.block());
+}
 
 } // namespace aurisk

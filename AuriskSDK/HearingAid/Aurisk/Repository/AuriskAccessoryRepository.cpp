@@ -7,6 +7,8 @@ namespace aurisk {
 
 AuriskAccessoryRepository AuriskAccessoryRepository::fromJson(const nlohmann::json& object)
 {
+    if (object.is_null())
+        return {};
     constexpr int deepest = 100;
     auto one = json::readFields<AuriskAccessoryRepository>(object);
     const auto known = json::writeFields(one);

@@ -24,7 +24,7 @@ struct AuriskAccessoryRepository {
     bool listenable = false;
     Data dspData = {}; ///< a program's block; empty where there is none, as the next two
     Data globalData = {}; ///< the block that all programs share
-    Data hollingData = {}; ///< of the feedback canceller; the spelling is part of the interface
+    Data hollingData = {}; ///< not interpreted; the spelling is part of the interface
 
     /// What else the JSON said, by its keys, each a JSON text. It is kept, and means nothing here.
     std::map<std::string, std::string> others = {};
@@ -40,7 +40,8 @@ struct AuriskAccessoryRepository {
         label("globalData", &AuriskAccessoryRepository::globalData),
         label("hollingData", &AuriskAccessoryRepository::hollingData));
 
-    /// Bytes are hexadecimal text. Missing keys have their defaults. Throws JsonError.
+    /// Bytes are hexadecimal text. Missing keys have their defaults, all of them where the value is null. Throws
+    /// JsonError.
     static AuriskAccessoryRepository fromJson(const nlohmann::json& object);
     nlohmann::ordered_json toJson() const;
 

@@ -272,6 +272,20 @@ TEST(AuriskA16Dsp, HasAValueOfEachKindForEachBand)
     EXPECT_EQ(rawValue(block.maximumPowerOutputArray[15]), 15);
     EXPECT_EQ(block.getCompressionRatio(FrequencyBand::hz1000), CompressionRatio::ratio8_00);
     EXPECT_EQ(block.getCompressionConstant(FrequencyBand::hz1500), CompressionConstant::constant8);
+
+    constexpr auto noBand = static_cast<FrequencyBand>(16);
+    const auto untouched = block;
+    block.setMaximumPowerOutput(MaximumPowerOutput::off, noBand);
+    block.setEqualizerGain(EqualizerGain::dbMinus40, noBand);
+    EXPECT_EQ(block, untouched);
+    EXPECT_EQ(block.getMaximumPowerOutput(noBand), MaximumPowerOutput::muo);
+    EXPECT_EQ(block.getCompressionThreshold(noBand), CompressionThreshold::db40);
+    EXPECT_EQ(block.getEqualizerGain(noBand), EqualizerGain::db0);
+    AuriskA4Dsp a4;
+    constexpr auto noBandOfA4 = static_cast<AuriskA4DspEnum::FrequencyBand>(12);
+    a4.setEqualizerGain(AuriskA4DspEnum::EqualizerGain::dbMinus30, noBandOfA4);
+    EXPECT_EQ(a4, AuriskA4Dsp());
+    EXPECT_EQ(a4.getEqualizerGain(noBandOfA4), AuriskA4DspEnum::EqualizerGain::db0);
 }
 
 TEST(AuriskDsp, IsDescribedByItsLabels)
