@@ -218,7 +218,8 @@ TEST(AuriskProfile, IsAnObjectOfItsFieldsInJson)
 TEST(AuriskProfile, TakesDefaultsForKeysThatAreMissingAndPassesOverOthers)
 {
     EXPECT_EQ(AuriskProfile::fromJson(json::object()), AuriskProfile());
-    EXPECT_EQ(AuriskProfile::fromJson(json::parse(R"({"reservedField":null,"colour":1})")), AuriskProfile());
+    EXPECT_EQ(AuriskProfile::fromJson(json::parse(R"({"reservedField":null,"repository":null,"colour":1})")),
+        AuriskProfile());
     AuriskProfile profile;
     profile.reservedField.emplace().ageConfig.sex = 1;
     profile.repository.hornPowerCode = 3;
