@@ -17,11 +17,13 @@
 
 namespace aurisk {
 
-/// The number in the name of a case: -28 in dbMinus28, 1.03 in ratio1_03, none in muo.
+/// The number in the name of a case, where nothing follows it: -28 in dbMinus28, 1.03 in ratio1_03, none in muo or
+/// ai1Ai2.
 constexpr std::optional<double> numberInName(std::string_view name)
 {
-    const auto begin = name.find_first_of("0123456789");
-    if (begin == std::string_view::npos)
+    constexpr std::string_view numeric = "0123456789_";
+    const auto begin = name.find_first_of(numeric);
+    if (begin == std::string_view::npos || name.find_first_not_of(numeric, begin) != std::string_view::npos)
         return std::nullopt;
     int digits = 0, scale = name.starts_with("dbMinus") ? -1 : 1;
     bool isFraction = false;
