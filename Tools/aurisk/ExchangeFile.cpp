@@ -121,9 +121,9 @@ void append(std::string& text, const Json& value, std::size_t indent)
 
 } // namespace
 
-Json exchangeHead(const AuriskAccessory& device)
+Json exchangeHead(const std::string& name, const AuriskAccessory& device)
 {
-    return { { "name", device.name() }, { "orientation", caseName(device.orientation()) },
+    return { { "name", name }, { "orientation", caseName(device.orientation()) },
         { "chip", caseName(device.hearChip()) } };
 }
 

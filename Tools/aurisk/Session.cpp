@@ -37,6 +37,7 @@ std::shared_ptr<Session> Session::create(
 Session::Session(
     Key, std::shared_ptr<AuriskAccessory> device, const Setting& setting, std::function<void(ExitCode)> ended)
     : _device(std::move(device))
+    , _name(_device->name())
     , _options(setting.options)
     , _output(setting.output)
     , _began(setting.began)

@@ -52,7 +52,8 @@ public:
 
     const Options& options() const { return _options; }
     const AuriskAccessory& device() const { return *_device; }
-    std::string name() const { return _device->name(); }
+    /// The name under which it was found. What is read of its profile does not change it.
+    const std::string& name() const { return _name; }
     Seconds sinceBegin() const { return DispatchQueue::main().now() - _began; }
 
     /// Asks, and goes on once the device has done so. `undo` will be asked before the end, whatever comes in between,
@@ -134,6 +135,7 @@ private:
     std::string limit() const;
 
     std::shared_ptr<AuriskAccessory> _device;
+    std::string _name;
     Options _options;
     Output& _output;
     Seconds _began;
