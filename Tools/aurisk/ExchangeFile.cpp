@@ -141,17 +141,22 @@ void checkWritable(const std::string& path)
         std::filesystem::remove(path, ignored);
 }
 
+void writeFile(const std::string& path, const std::string& content)
+{
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file << content;
+    file.close();
+    if (!file)
+        failAt(path, "cannot be written");
+}
+
 void writeExchangeFile(
     const std::string& path, std::string_view format, const std::vector<Json>& devices, Output& output)
 {
     const Json whole = { { "aurisk", { { "format", format }, { "version", version } } }, { "devices", devices } };
     if (path == standard)
         return output.document(pleasantJson(whole), whole);
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file << pleasantJson(whole) << '\n';
-    file.close();
-    if (!file)
-        failAt(path, "cannot be written");
+    writeFile(path, pleasantJson(whole) + '\n');
 }
 
 std::vector<ExchangePart> readExchangeFile(const std::string& path, std::string_view format)

@@ -31,6 +31,9 @@ Json exchangeHead(const std::string& name, const AuriskAccessory& device);
 /// Throws where the file could not be written. It stays as it is.
 void checkWritable(const std::string& path);
 
+/// Writes `content`, and nothing else, to a file. Throws where that fails.
+void writeFile(const std::string& path, const std::string& content);
+
 /// Writes the settings of one device or of a pair, in a form that is pleasant to edit.
 void writeExchangeFile(
     const std::string& path, std::string_view format, const std::vector<Json>& devices, Output& output);
