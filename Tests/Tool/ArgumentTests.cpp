@@ -52,6 +52,13 @@ TEST(Arguments, AMistakeIsToldInOneSentence)
         { "tone 65536 --db 1", "frequency: 65536 is outside 1 to 65535" },
         { "tone 1000 --amp 32768", "--amp: 32768 is outside 0 to 32767" },
         { "tone stop X1-L --db 1", "tone stop takes neither --db nor --amp" },
+        { "tone supported X1-L --amp 1", "tone supported takes neither --db nor --amp" },
+        { "tone base X1-L 1000 --db 1", "tone base: say how loud, with --amp" },
+        { "tone base X1-L --amp 1", "frequency: \"X1-L\" is no whole number" },
+        { "logs X1-L --events -", "--events: the bytes of a log need a file" },
+        { "logs --events a --loop-gain a", "--events and --loop-gain name the same file" },
+        { "logs X1-L feedback", "logs: \"feedback\" is one word too many (aurisk logs --help)" },
+        { "profile", "profile: say show, set, export or import" },
         { "orientation set X1-L unassigned", "orientation: \"unassigned\" is neither left nor right" },
         { "raw X1-L", "raw: the frame is missing, as FE 68 … 16 or as cmd di0 di1 payload" },
         { "raw X1-L 1x", "raw: \"1x\" is not hexadecimal" },
@@ -84,6 +91,8 @@ TEST(Arguments, AMistakeIsToldInOneSentence)
     for (const auto& [commandLine, sentence] : cases)
         EXPECT_EQ(refusal(wordsOf(commandLine)), sentence) << commandLine;
     EXPECT_EQ(refusal({ "info", "" }), "info: an empty word");
+    EXPECT_EQ(refusal({ "profile", "set", "", "adName", "x" }), "profile: an empty word");
+    EXPECT_EQ(refusal({ "profile", "set", "X1-L", "", "x" }), "profile: an empty word");
     EXPECT_EQ(refusal({ "info", "a\033[1m", "b" }), "info: \"b\" is one word too many (aurisk info --help)");
     EXPECT_EQ(refusal({ "volume", "set", "\033[1m" }), "volume: \"?[1m\" is no whole number");
 }
@@ -187,9 +196,9 @@ RC_GTEST_PROP(Arguments, AreTakenOrRefusedInASentenceWhateverTheyAre, ())
 {
     const auto word = rc::gen::oneOf(
         rc::gen::element<std::string>("scan", "info", "program", "volume", "mute", "transparency", "bredr", "battery",
-            "find", "tone", "orientation", "monitor", "raw", "dsp", "eq", "global", "show", "import", "export",
-            "250=-2", "set", "stop", "on", "off", "X1-L", "-1", "0", "15", "256", "1e9", "--", "--json", "--both",
-            "--program", "--db", "--db=", "--timeout", "--world", "-h", "fe68", "left"),
+            "find", "tone", "orientation", "monitor", "raw", "dsp", "eq", "global", "profile", "logs", "", "show",
+            "import", "export", "250=-2", "set", "stop", "on", "off", "X1-L", "-1", "0", "15", "256", "1e9", "--",
+            "--json", "--both", "--program", "--db", "--db=", "--timeout", "--world", "-h", "fe68", "left"),
         rc::gen::string<std::string>());
     const auto words = *rc::gen::container<Lines>(word);
     const auto sentence = refusal(words);

@@ -34,6 +34,8 @@ TEST_F(Tool, ReadsAndAdjustsAHearingAid)
         { "tone X1-L 1000 --db 40", "plays 1000 Hz at 40 dB for 1 s", R"("freq":1000,"dB":40,"seconds":1.0})" },
         { "tone X1-L 250 --amp 300 --seconds 0.5", "plays 250 Hz with an amplitude of 300 for 0.5 s",
             R"("freq":250,"amp":300,"seconds":0.5})" },
+        { "tone supported X1-L", "hearing test yes", R"("hearingSupported":true})" },
+        { "tone base X1-L 4000 --amp 1200", "measures 4000 Hz from amplitude 1200", R"("freq":4000,"amp":1200})" },
     };
     for (const auto& [commandLine, text, json] : cases) {
         EXPECT_EQ(aurisk(commandLine), ExitCode::done) << commandLine;
@@ -47,6 +49,8 @@ TEST_F(Tool, ReadsAndAdjustsAHearingAid)
     EXPECT_THAT(state.volumes, ElementsAre(8, 0, 15));
     EXPECT_TRUE(state.muted && state.isRight && state.brEdrEnabled && state.brEdrContinuous);
     EXPECT_EQ(state.transparencyLevel, 255);
+    EXPECT_EQ(state.baseAmplitude, (AuriskBaseAmplitude{ 4000, 1200 }));
+    EXPECT_FALSE(state.inHearingMode);
 }
 
 TEST_F(Tool, TellsAllAboutAHearingAid)
@@ -56,10 +60,13 @@ TEST_F(Tool, TellsAllAboutAHearingAid)
         ElementsAre(R"({"identifier":"5A1D0000-A1D5-4000-8000-0A1B2C001122","name":"Solo-L",)"
                     R"("class":"AuriskA4Accessory","address":"0A:1B:2C:00:11:22","orientation":"left","hearChip":"a4",)"
                     R"("bleChip":"tiny600","transEnable":false,"program":0,"volume":8,"volumes":[8,5,7],"bat":84,)"
-                    R"("transLevel":0,"brEdr":false,"brEdrContinuousIfEnable":false,"hearingSupported":true})"));
+                    R"("transLevel":0,"brEdr":false,"brEdrContinuousIfEnable":false,"hearingSupported":true,)"
+                    R"("profile":{"pSeriesCode":"Solo","skuCode":"Solo-A4","hwVersion":"1.2","swVersion":"2.3.1",)"
+                    R"("bhwVersion":"1.0","bswVersion":"3.0.4"}})"));
     EXPECT_EQ(aurisk("info Solo-L"), ExitCode::done);
     EXPECT_EQ(sink.output.front(), "Solo-L");
     EXPECT_THAT(sink.output, testing::Contains("  hearing test        yes"));
+    EXPECT_THAT(sink.output, testing::Contains("  product series      Solo"));
 
     // What it refuses to tell is left open.
     auto state = aid("Solo-L").state();
@@ -102,6 +109,8 @@ TEST_F(Tool, PlaysAToneWithinTheHearingTestAlone)
     aid("X1-L").setState(state);
     EXPECT_EQ(aurisk("tone X1-L 1000 --db 40"), ExitCode::failed);
     EXPECT_THAT(sink.errors, ElementsAre("aurisk: X1-L has no hearing test, so it plays no tones"));
+    EXPECT_EQ(aurisk("tone supported X1-L"), ExitCode::done);
+    EXPECT_THAT(sink.output, ElementsAre("X1-L  hearing test no"));
 }
 
 TEST_F(Tool, SendsAFrameAndExplainsTheReply)

@@ -256,9 +256,9 @@ TEST_F(ToolMishap, AnInterruptionEndsCleanlyWhereverTheRunIs)
 TEST_F(ToolMishap, WhateverGoesWrongOnTheLinkTheRunEndsAndSaysSo)
 {
     const auto pristine = aid("X1-L").state();
-    for (const auto* command :
-        { "info X1-L", "volume set X1-L 3", "battery X1-L", "find X1-L --seconds 1", "tone X1-L 1000 --db 40",
-            "monitor X1-L --duration 1", "raw X1-L 110104", "eq set X1-L 1000=-6", "global show X1-L" }) {
+    for (const auto* command : { "info X1-L", "volume set X1-L 3", "battery X1-L", "find X1-L --seconds 1",
+             "tone X1-L 1000 --db 40", "monitor X1-L --duration 1", "raw X1-L 110104", "eq set X1-L 1000=-6",
+             "global show X1-L", "tone base X1-L 500 --amp 1", "profile set X1-L age 3", "logs X1-L" }) {
         const int first = simulator->radio().messageCount("X1-L");
         ASSERT_EQ(aurisk(command), ExitCode::done);
         const int messages = simulator->radio().messageCount("X1-L") - first;

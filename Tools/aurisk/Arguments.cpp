@@ -28,6 +28,8 @@ Examples:
   aurisk eq set X1-L 1000=-6           one band of its equaliser at -6 dB
   aurisk dsp export X1-L fit.json      the settings of all its programs, to keep or to edit
   aurisk dsp import X1 fit.json --both     ... and to give to a pair
+  aurisk profile show X1-L             what it is, and for whom it was fitted
+  aurisk logs X1-L                     how it was used
   aurisk monitor --both --json         what the wearer of a pair does, for a program to read
   aurisk scan --world w.json --new-world    begin a world of simulated hearing aids that lasts from run to run
 
@@ -140,6 +142,10 @@ private:
             option(command, "program", "P|all", "Which program (default: the current one; of an export: all)",
                 [this](const std::string& text) { takePrograms(text); });
             break;
+        case Command::logs:
+            declareFile(command, "events", "The log of user events goes there, as it is", _options.events);
+            declareFile(command, "loop-gain", "The log of loop gains goes there, as it is", _options.loopGain);
+            break;
         case Command::eq:
         case Command::noise:
         case Command::direction:
@@ -164,6 +170,15 @@ private:
         option(command, name, "S", help,
             [this, name](const std::string& text) { _options.duration = timeSpan("--" + name, text); });
         _usualSpan[command.get_name()] = usual;
+    }
+
+    static void declareFile(CLI::App& command, const std::string& name, const std::string& help, std::string& path)
+    {
+        option(command, name, "FILE", help, [name, &path](const std::string& text) {
+            if (text.empty() || text == "-")
+                throw UsageError(fmt::format("--{}: the bytes of a log need a file", name));
+            path = text;
+        });
     }
 
     static void declareNumber(CLI::App& command, const std::string& name, const std::string& placeholder,
@@ -199,6 +214,8 @@ private:
         takeWords(_options, _words);
         if (!_options.duration)
             _options.duration = _usualSpan[name];
+        if (!_options.events.empty() && _options.events == _options.loopGain)
+            throw UsageError("--events and --loop-gain name the same file");
         if (_options.newWorld && _options.world.empty())
             throw UsageError("--new-world goes with --world FILE");
         if (_options.both && (_options.command == Command::scan || _options.command == Command::codec))

@@ -140,6 +140,8 @@ Plan planOf(const Options& options)
     case Command::noise: return planNoise(options);
     case Command::direction: return planDirection(options);
     case Command::global: return planGlobal(options);
+    case Command::profile: return planProfile(options);
+    case Command::logs: return planLogs(options);
     case Command::scan:
     case Command::codec: break;
     }

@@ -33,5 +33,7 @@ Plan planEq(const Options& options);
 Plan planNoise(const Options& options);
 Plan planDirection(const Options& options);
 Plan planGlobal(const Options& options);
+Plan planProfile(const Options& options);
+Plan planLogs(const Options& options);
 
 } // namespace aurisk::tool

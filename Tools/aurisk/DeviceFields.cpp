@@ -61,6 +61,13 @@ Field switchField(const std::string& key, const std::string& label, std::optiona
                       : "off" };
 }
 
+Field hearingTestField(bool isSupported)
+{
+    return {
+        .key = "hearingSupported", .value = isSupported, .label = "hearing test", .text = isSupported ? "yes" : "no"
+    };
+}
+
 Fields brEdrFields(std::optional<bool> brEdr, bool continuous)
 {
     auto isOn = switchField("brEdr", "BR/EDR", brEdr);

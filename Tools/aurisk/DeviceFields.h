@@ -21,6 +21,8 @@ Field volumeField(std::optional<int> volume);
 Field batteryField(std::optional<int> bat);
 Field switchField(const std::string& key, const std::string& label, std::optional<bool> isOn);
 
+Field hearingTestField(bool isSupported);
+
 /// Whether classic Bluetooth is on, and whether continuously.
 Fields brEdrFields(std::optional<bool> brEdr, bool continuous);
 

@@ -1,4 +1,5 @@
 #include "Tools/aurisk/SettingsTransfer.h"
+#include "Tools/aurisk/TextLayout.h"
 
 #include <fmt/format.h>
 
@@ -7,32 +8,6 @@
 namespace aurisk::tool {
 
 namespace {
-
-constexpr std::size_t widest = 80;
-
-using Table = std::vector<std::vector<std::string>>;
-
-/// The rows with their columns below each other. Numbers stand to the right.
-std::vector<std::string> aligned(const Table& rows)
-{
-    std::vector<std::size_t> widths;
-    for (const auto& row : rows) {
-        widths.resize(std::max(widths.size(), row.size()));
-        for (std::size_t i = 0; i < row.size(); ++i)
-            widths[i] = std::max(widths[i], row[i].size());
-    }
-    std::vector<std::string> lines;
-    for (const auto& row : rows) {
-        std::string line;
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            const bool isNumber = !row[i].empty() && row[i].find_first_not_of("0123456789") == std::string::npos;
-            line += isNumber ? fmt::format("  {:>{}}", row[i], widths[i]) : fmt::format("  {:<{}}", row[i], widths[i]);
-        }
-        line.erase(line.find_last_not_of(' ') + 1);
-        lines.push_back(std::move(line));
-    }
-    return lines;
-}
 
 /// `-28 dB   6` for each band, below the name of the field.
 std::vector<std::string> columnOf(const SettingsBlock& block, const BlockField& field)
@@ -59,7 +34,7 @@ Table wider(Table table, const std::vector<std::string>& column)
 bool isTooWide(const Table& table)
 {
     const auto lines = aligned(table);
-    return std::any_of(lines.begin(), lines.end(), [](const auto& line) { return line.size() > widest; });
+    return std::any_of(lines.begin(), lines.end(), [](const auto& line) { return line.size() > widestLine; });
 }
 
 /// A band a row. What is too wide for one table goes on in a second one.

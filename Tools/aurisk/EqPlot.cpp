@@ -1,5 +1,7 @@
 #include "Tools/aurisk/EqPlot.h"
 
+#include "Tools/aurisk/TextLayout.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -8,27 +10,13 @@ namespace aurisk::tool {
 
 namespace {
 
-constexpr std::size_t widest = 80, axisWidth = 9, widestBand = 6;
+constexpr std::size_t axisWidth = 9, widestBand = 6;
 
 struct Characters {
     std::string_view gain, below, axis, tick, corner, line;
 };
 constexpr Characters ascii{ "#", ":", "|", "+", "+", "-" };
 constexpr Characters drawn{ "█", "░", "│", "┤", "└", "─" };
-
-std::string times(std::string_view character, std::size_t count)
-{
-    std::string text;
-    for (std::size_t i = 0; i < count; ++i)
-        text += character;
-    return text;
-}
-
-std::string withoutTrailingBlanks(std::string text)
-{
-    text.erase(text.find_last_not_of(' ') + 1);
-    return text;
-}
 
 /// The frequencies below their bands; in two rows by turns where one is too narrow for them.
 std::vector<std::string> scale(const std::vector<int>& frequencies, std::size_t bandWidth)
@@ -55,7 +43,7 @@ std::vector<std::string> eqPlot(const SettingsBlock& program, bool drawing)
 {
     const auto& with = drawing ? drawn : ascii;
     const auto& field = *fieldOf(program, "equalizerArray");
-    const auto bandWidth = std::min(widestBand, (widest - axisWidth) / field.size);
+    const auto bandWidth = std::min(widestBand, (widestLine - axisWidth) / field.size);
 
     std::vector<std::string> lines;
     for (int level = field.most; level >= 0; --level) {

@@ -121,9 +121,9 @@ void append(std::string& text, const Json& value, std::size_t indent)
 
 } // namespace
 
-Json exchangeHead(const AuriskAccessory& device)
+Json exchangeHead(const std::string& name, const AuriskAccessory& device)
 {
-    return { { "name", device.name() }, { "orientation", caseName(device.orientation()) },
+    return { { "name", name }, { "orientation", caseName(device.orientation()) },
         { "chip", caseName(device.hearChip()) } };
 }
 
@@ -141,17 +141,22 @@ void checkWritable(const std::string& path)
         std::filesystem::remove(path, ignored);
 }
 
+void writeFile(const std::string& path, const std::string& content)
+{
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file << content;
+    file.close();
+    if (!file)
+        failAt(path, "cannot be written");
+}
+
 void writeExchangeFile(
     const std::string& path, std::string_view format, const std::vector<Json>& devices, Output& output)
 {
     const Json whole = { { "aurisk", { { "format", format }, { "version", version } } }, { "devices", devices } };
     if (path == standard)
         return output.document(pleasantJson(whole), whole);
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file << pleasantJson(whole) << '\n';
-    file.close();
-    if (!file)
-        failAt(path, "cannot be written");
+    writeFile(path, pleasantJson(whole) + '\n');
 }
 
 std::vector<ExchangePart> readExchangeFile(const std::string& path, std::string_view format)

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-/// Files of settings, which people keep, edit and give to other devices:
+/// Files of settings and profiles, which people keep, edit and give to other devices:
 ///
 ///     {"aurisk": {"format": "dsp", "version": 1},
 ///      "devices": [{"name": "X1-L", "orientation": "left", "chip": "a16", ...}]}
@@ -25,11 +25,14 @@ struct ExchangePart {
     nlohmann::json device; ///< an object
 };
 
-/// The members that name a device in a file; its settings follow them.
-Json exchangeHead(const AuriskAccessory& device);
+/// The members that name a device in a file; what is kept of it follows them.
+Json exchangeHead(const std::string& name, const AuriskAccessory& device);
 
 /// Throws where the file could not be written. It stays as it is.
 void checkWritable(const std::string& path);
+
+/// Writes `content`, and nothing else, to a file. Throws where that fails.
+void writeFile(const std::string& path, const std::string& content);
 
 /// Writes the settings of one device or of a pair, in a form that is pleasant to edit.
 void writeExchangeFile(

@@ -155,15 +155,6 @@ Edit derivedEdit(const Assignment& change)
     return nullptr;
 }
 
-[[noreturn]] void refuseField(const SettingsBlock& form, const Assignment& change)
-{
-    const auto command = frequenciesOf(form).empty() ? "global" : "dsp";
-    if (fieldOf(form, nameIn(change.value)))
-        throw UsageError(fmt::format("{}: its value is missing (aurisk {} --help)", change.value, command));
-    throw UsageError(
-        fmt::format("{} is the name of no field (aurisk {} show lists them)", inQuotes(change.field), command));
-}
-
 /// The sentence for a change that fits neither chip.
 std::string fitsNeither(const Misfit& a4, const Misfit& a16)
 {
@@ -193,7 +184,7 @@ Edit fieldEdit(const SettingsBlock& form, const Assignment& change)
     const auto at = change.field.find('@');
     const auto* field = fieldOf(form, nameIn(change.field));
     if (!field)
-        refuseField(form, change);
+        refuseField(change, frequenciesOf(form).empty() ? "global" : "dsp", fieldOf(form, nameIn(change.value)));
     if (at == std::string::npos && !field->isList)
         return setting(*field, 0, { checkedRaw(*field, change.field, change.value) });
     if (!field->isList)
@@ -253,6 +244,14 @@ void checkForAnyChip(BlockKind kind, const std::vector<Assignment>& changes, Edi
         if (onA4 && onA16)
             throw UsageError(fitsNeither(*onA4, *onA16));
     }
+}
+
+void refuseField(const Assignment& change, std::string_view command, bool isValueAField)
+{
+    if (isValueAField)
+        throw UsageError(fmt::format("{}: its value is missing (aurisk {} --help)", change.value, command));
+    throw UsageError(
+        fmt::format("{} is the name of no field (aurisk {} show lists them)", inQuotes(change.field), command));
 }
 
 std::string Difference::place() const { return frequency ? fmt::format("{}@{}", name, *frequency) : name; }

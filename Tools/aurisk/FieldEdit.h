@@ -30,6 +30,9 @@ std::vector<Edit> editsFor(BlockKind kind, AuriskChip chip, const std::vector<As
 /// Throws a UsageError where one of the changes fits no chip.
 void checkForAnyChip(BlockKind kind, const std::vector<Assignment>& changes, EditReader reader);
 
+/// Says that a command knows no such field, or that its value is missing where the value is the name of one.
+[[noreturn]] void refuseField(const Assignment& change, std::string_view command, bool isValueAField);
+
 /// One value that became another.
 struct Difference {
     std::string name;

@@ -1,6 +1,7 @@
 #include "Tools/aurisk/Commands.h"
 
 #include "Tools/aurisk/DeviceFields.h"
+#include "Tools/aurisk/ProfileFields.h"
 #include "Tools/aurisk/Values.h"
 
 #include <fmt/format.h>
@@ -14,6 +15,11 @@ namespace {
 using Request = AuriskRequest;
 using Response = AuriskResponse;
 
+/// What of its profile tells one model from another.
+constexpr AuriskProfileType identity[]
+    = { AuriskProfileType::productSeries, AuriskProfileType::productSku, AuriskProfileType::productHard,
+          AuriskProfileType::productSoft, AuriskProfileType::bluetoothHard, AuriskProfileType::bluetoothSoft };
+
 /// What has been told so far. What a device refuses to tell stays none.
 struct Told {
     std::vector<int> volumes = {}; ///< by program
@@ -22,6 +28,7 @@ struct Told {
     std::optional<Response::didReadBrEdr> brEdr = {};
     bool hearingSupported = false;
     std::optional<int> bat = {};
+    ProfileValues profile = {};
 };
 using Shared = std::shared_ptr<Told>;
 
@@ -55,10 +62,13 @@ void tell(Session& session, const Told& told)
     const auto brEdr = told.brEdr.value_or(Response::didReadBrEdr{});
     for (auto& field : brEdrFields(told.brEdr ? std::optional(brEdr.enable) : std::nullopt, brEdr.continuousIfEnable))
         fields.push_back(std::move(field));
-    fields.push_back({ .key = "hearingSupported",
-        .value = told.hearingSupported,
-        .label = "hearing test",
-        .text = told.hearingSupported ? "yes" : "no" });
+    fields.push_back(hearingTestField(told.hearingSupported));
+    for (const auto type : identity) {
+        const auto line = profileInWords(told.profile, type).front();
+        fields.push_back({ .label = std::string(profileField(type).label), .text = line.text });
+    }
+    fields.push_back(
+        { .key = "profile", .value = profileToJson(told.profile, { std::begin(identity), std::end(identity) }) });
     session.block(fields);
     session.finish();
 }
@@ -85,11 +95,20 @@ void askBattery(Session& session, const Shared& told)
     });
 }
 
+void askProfile(Session& session, const Shared& told)
+{
+    readProfile(
+        session, { std::begin(identity), std::end(identity) }, [told](Session& self, const ProfileValues& values) {
+            told->profile = values;
+            askBattery(self, told);
+        });
+}
+
 void askHearingTest(Session& session, const Shared& told)
 {
     ask<Response::didReadHearingTest>(
         session, Request::hearingSupported{}, [told](const auto& read) { told->hearingSupported = read.supported; },
-        [told](Session& self) { askBattery(self, told); });
+        [told](Session& self) { askProfile(self, told); });
 }
 
 void askBrEdr(Session& session, const Shared& told)

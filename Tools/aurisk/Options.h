@@ -48,10 +48,15 @@ enum class Command {
     noise,
     direction,
     global,
+    profile,
+    logs,
     codec
 };
 
-/// What a command does with settings.
+/// What is asked of the hearing test.
+enum class ToneAction { play, stop, supported, base };
+
+/// What a command does with settings or a profile.
 enum class Action { show, set, exportFile, importFile };
 
 /// A change to a setting, as typed.
@@ -77,7 +82,7 @@ struct Options {
     Command command = Command::scan;
     std::string device = {}; ///< as typed; empty where none is named
     bool set = false; ///< write what `value` or `orientation` holds; else read it
-    bool stop = false; ///< end a tone instead of playing one
+    ToneAction toneAction = ToneAction::play;
     std::optional<int> value = {}; ///< a program, volume, transparency level, or a tone's frequency in Hz
     std::optional<bool> on = {};
     std::optional<AccessoryOrientation> orientation = {};
@@ -87,6 +92,7 @@ struct Options {
     Action action = Action::show;
     std::vector<Assignment> assignments = {}; ///< for Action::set
     std::string file = {}; ///< to export to or import from; "-": standard output or input
+    std::string events = {}, loopGain = {}; ///< files for the bytes of these logs; empty: not asked for
     bool continuous = false;
     bool updates = false;
     std::optional<Seconds> duration = {}; ///< how long to scan, monitor, find or play
@@ -110,7 +116,7 @@ inline constexpr auto enumCases<tool::Command> = std::to_array<EnumCase<tool::Co
     { tool::Command::bredr, "bredr", "Read or switch classic Bluetooth (BR/EDR)" },
     { tool::Command::battery, "battery", "Read the battery level" },
     { tool::Command::find, "find", "Make a hearing aid audible, to find it" },
-    { tool::Command::tone, "tone", "Play a tone of the hearing test" },
+    { tool::Command::tone, "tone", "Play a tone of the hearing test, or prepare for one" },
     { tool::Command::orientation, "orientation", "Read or write which ear a hearing aid is for" },
     { tool::Command::monitor, "monitor", "Show what wearers do, as it happens" },
     { tool::Command::raw, "raw", "Send a frame and explain the reply" },
@@ -119,6 +125,8 @@ inline constexpr auto enumCases<tool::Command> = std::to_array<EnumCase<tool::Co
     { tool::Command::noise, "noise", "Read or change the noise reduction of a program" },
     { tool::Command::direction, "direction", "Read or change where a program listens to" },
     { tool::Command::global, "global", "Show, change, export or import what all programs share" },
+    { tool::Command::profile, "profile", "Show, change, export or import what a hearing aid is and was fitted with" },
+    { tool::Command::logs, "logs", "Show how a hearing aid was used, or keep its logs" },
     { tool::Command::codec, "codec", "Turn bytes into values and back, one JSON object a line" },
 });
 

@@ -1,5 +1,6 @@
 #include "Tools/aurisk/Output.h"
 
+#include "Tools/aurisk/TextLayout.h"
 #include "Tools/aurisk/Values.h"
 
 #include <fmt/format.h>
@@ -16,12 +17,6 @@ std::string written(const Json& object) { return object.dump(-1, ' ', false, Jso
 std::string upperCase(std::string text)
 {
     std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return char(std::toupper(c)); });
-    return text;
-}
-
-std::string withoutTrailingBlanks(std::string text)
-{
-    text.erase(text.find_last_not_of(' ') + 1);
     return text;
 }
 

@@ -1,6 +1,7 @@
 #include "Tools/aurisk/Purpose.h"
 
 #include "AuriskSDK/Shared/Utils/HexToData.h"
+#include "Tools/aurisk/ProfileFields.h"
 
 #include <fmt/format.h>
 
@@ -29,6 +30,8 @@ std::string purpose(const AuriskRequest& request)
             [](const R::readGlobalDsp&) -> std::string { return "tell the settings that all programs share"; },
             [](const R::writeGlobalDsp&) -> std::string { return "take new settings for all programs"; },
             [](const R::readProgramVolume&) -> std::string { return "tell its program and volume"; },
+            [](const R::readProfile& r) { return fmt::format("tell its {}", profileField(r.type).name); },
+            [](const R::writeProfile& r) { return fmt::format("take a new {}", profileField(r.type).name); },
             [](const R::readOrientation&) -> std::string { return "tell its orientation"; },
             [](const R::writeOrientation& r) {
                 return fmt::format("write its orientation: {}", caseName(r.orientation));
@@ -48,6 +51,9 @@ std::string purpose(const AuriskRequest& request)
             [](const R::enterHearingMode& r) -> std::string {
                 return r.enter ? "enter the hearing test" : "leave the hearing test";
             },
+            [](const R::setBaseAmplitude& r) {
+                return fmt::format("take {} as the base amplitude at {} Hz", r.amp, r.freq);
+            },
             [](const R::playSine& r) { return fmt::format("play {} Hz at {} dB", r.freq, r.dB); },
             [](const R::playSineAmplitude& r) {
                 return fmt::format("play {} Hz with an amplitude of {}", r.freq, r.amp);
@@ -59,6 +65,17 @@ std::string purpose(const AuriskRequest& request)
             [](const auto& r) { return description(r); },
         },
         request.value());
+}
+
+std::string purpose(AuriskDataLogType log)
+{
+    switch (log) {
+    case AuriskDataLogType::summary: return "tell the summary of its use";
+    case AuriskDataLogType::userEvent: return "tell its log of user events";
+    case AuriskDataLogType::loopGain: return "tell its log of loop gains";
+    case AuriskDataLogType::feedback: break;
+    }
+    return "tell a log";
 }
 
 std::string advice(const AuriskRequest& request)

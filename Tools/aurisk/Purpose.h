@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskDataLog.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskRequest.h"
 
 #include <string>
@@ -8,6 +9,7 @@ namespace aurisk::tool {
 
 /// What a device is asked to do, as it follows "asked to" or "refused to".
 std::string purpose(const AuriskRequest& request);
+std::string purpose(AuriskDataLogType log);
 
 /// What the user can do after a refusal, in brackets; empty where there is nothing to say.
 std::string advice(const AuriskRequest& request);

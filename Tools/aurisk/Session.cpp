@@ -1,5 +1,6 @@
 #include "Tools/aurisk/Session.h"
 
+#include "AuriskSDK/HearingAid/Aurisk/AuriskA16Accessory.h"
 #include "AuriskSDK/Shared/Accessory/AccessoryManager.h"
 #include "Tools/aurisk/Purpose.h"
 
@@ -37,6 +38,7 @@ std::shared_ptr<Session> Session::create(
 Session::Session(
     Key, std::shared_ptr<AuriskAccessory> device, const Setting& setting, std::function<void(ExitCode)> ended)
     : _device(std::move(device))
+    , _name(_device->name())
     , _options(setting.options)
     , _output(setting.output)
     , _began(setting.began)
@@ -53,7 +55,7 @@ void Session::open(Then then)
         const auto self = weak.lock();
         if (self && characteristic.uuid() == CBUUID(replies) && characteristic.value()
             && !isUnasked(*characteristic.value()))
-            self->_lastReply = characteristic.value();
+            self->didReply(*characteristic.value());
     };
     _tap->onCharacteristics = [weak = weak_from_this()](const CBService& service) {
         const auto self = weak.lock();
@@ -63,6 +65,26 @@ void Session::open(Then then)
     if (!_device->connect(weak_from_this(), _options.timeout, name()))
         fail(fmt::format("Bluetooth was switched off before {} could be connected", name()),
             ExitCode::bluetoothUnavailable);
+}
+
+void Session::didReply(const Data& value)
+{
+    _lastReply = value;
+    if (_logFetched) // the next part of the log
+        waitFor(std::string(_purpose));
+}
+
+/// Whether the device answers requests at all; ends the session where it does not.
+bool Session::answersRequests()
+{
+    if (!_device->dataService())
+        fail(fmt::format("{} has no service that answers requests (AE30)", name()));
+    return _device->dataService() != nullptr;
+}
+
+std::size_t Session::longestValue() const
+{
+    return _device->peripheral()->maximumWriteValueLength(CBCharacteristicWriteType::withoutResponse);
 }
 
 // Waits
@@ -119,8 +141,8 @@ void Session::interrupt(ExitCode code)
 
 void Session::attempt(const AuriskRequest& request, ThenWith<AuriskResult> then)
 {
-    if (!_device->dataService())
-        return fail(fmt::format("{} has no service that answers requests (AE30)", name()));
+    if (!answersRequests())
+        return;
     waitFor(purpose(request));
     _lastReply.reset();
     _isAsking = true;
@@ -178,6 +200,29 @@ void Session::meet(Then then)
         if (all)
             return then(*self);
         self->fail(fmt::format("{} was left as it is, since the other one cannot go on", self->name()));
+    });
+}
+
+// Logs
+
+void Session::fetchLog(AuriskDataLogType type, ThenWith<Data> then)
+{
+    const auto device = std::dynamic_pointer_cast<AuriskA16Accessory>(_device);
+    if (!device)
+        return fail(fmt::format("{} keeps no logs", name()));
+    if (!answersRequests())
+        return;
+    waitFor(purpose(type));
+    _logFetched = std::move(then);
+    device->requestDataLog(type, [weak = weak_from_this(), type](const std::optional<Data>& log) {
+        const auto self = weak.lock();
+        const auto next = self ? std::exchange(self->_logFetched, nullptr) : nullptr;
+        if (!next)
+            return;
+        self->waitIsOver();
+        if (log)
+            return next(*self, *log);
+        self->fail(fmt::format("{} refused to {}, or not all of it came", self->name(), purpose(type)));
     });
 }
 
@@ -255,6 +300,7 @@ void Session::finish(ExitCode code)
     _opened = nullptr;
     _pause = nullptr;
     _batteryRead = nullptr;
+    _logFetched = nullptr;
     _gate->leave();
     undoNext();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AuriskSDK/HearingAid/Aurisk/AuriskAccessory.h"
+#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskDataLog.h"
 #include "Tools/aurisk/Gate.h"
 #include "Tools/aurisk/Options.h"
 #include "Tools/aurisk/Output.h"
@@ -52,7 +53,11 @@ public:
 
     const Options& options() const { return _options; }
     const AuriskAccessory& device() const { return *_device; }
-    std::string name() const { return _device->name(); }
+    /// The name under which it was found. What is read of its profile does not change it.
+    const std::string& name() const { return _name; }
+    /// How many bytes a value that the device notifies, or that is written to it, can have.
+    std::size_t longestValue() const;
+
     Seconds sinceBegin() const { return DispatchQueue::main().now() - _began; }
 
     /// Asks, and goes on once the device has done so. `undo` will be asked before the end, whatever comes in between,
@@ -85,6 +90,9 @@ public:
     /// Reads the battery level.
     void readBattery(ThenWith<int> then);
 
+    /// Reads the bytes of a log from a device that keeps logs. What has a limit is the wait for each part of it.
+    void fetchLog(AuriskDataLogType type, ThenWith<Data> then);
+
     /// Goes on after `span`, or when the user interrupts; no span: then alone.
     void pause(std::optional<Seconds> span, Then then);
 
@@ -97,6 +105,7 @@ public:
     void line(const Fields& fields, const std::string& prefix = {});
     void block(const Fields& fields);
     void picture(const std::string& caption, const Fields& fields, const std::vector<std::string>& lines);
+    void note(const std::string& sentence) { _output.note(sentence); }
     const Style& style() const { return _output.style(); }
 
     /// Undoes, disconnects, ends.
@@ -127,6 +136,8 @@ private:
     void askForBattery();
     void undoNext();
     void letItAnswer();
+    void didReply(const Data& value);
+    bool answersRequests();
     void close();
     void end();
     Fields identified(const Fields& fields) const;
@@ -134,6 +145,7 @@ private:
     std::string limit() const;
 
     std::shared_ptr<AuriskAccessory> _device;
+    std::string _name;
     Options _options;
     Output& _output;
     Seconds _began;
@@ -150,6 +162,7 @@ private:
     Then _opened;
     Then _pause;
     ThenWith<int> _batteryRead;
+    ThenWith<Data> _logFetched;
     Events _events;
     std::vector<AuriskRequest> _undo;
     std::optional<Data> _lastReply;

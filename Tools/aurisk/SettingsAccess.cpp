@@ -47,22 +47,9 @@ void take(Session& session, const AuriskRequest& request, const BlockPlace& plac
 
 void tellChanges(Session& session, const BlockPlace& place, const std::vector<Difference>& changes)
 {
-    Fields fields;
+    auto fields = changeFields(changes);
     if (place.program)
-        fields.push_back(programField(place.program));
-    auto list = Json::array();
-    for (const auto& change : changes) {
-        fields.push_back({ .label = change.place(), .text = change.before + " -> " + change.after });
-        Json one = { { "field", change.name } };
-        if (change.frequency)
-            one["frequency"] = *change.frequency;
-        one["from"] = change.from;
-        one["to"] = change.to;
-        list.push_back(std::move(one));
-    }
-    fields.push_back({ .key = "changes", .value = std::move(list) });
-    if (changes.empty())
-        fields.push_back({ .label = "unchanged", .text = "it is set so already" });
+        fields.insert(fields.begin(), programField(place.program));
     session.block(fields);
     session.finish();
 }
@@ -88,13 +75,36 @@ void change(Session& session, const BlockPlace& place, const std::vector<Edit>& 
 
 } // namespace
 
-std::optional<Failure> whyWithoutSettings(const AuriskAccessory& device)
+Fields changeFields(const std::vector<Difference>& changes)
+{
+    Fields fields;
+    auto list = Json::array();
+    for (const auto& change : changes) {
+        fields.push_back({ .label = change.place(), .text = change.before + " -> " + change.after });
+        Json one = { { "field", change.name } };
+        if (change.frequency)
+            one["frequency"] = *change.frequency;
+        one["from"] = change.from;
+        one["to"] = change.to;
+        list.push_back(std::move(one));
+    }
+    fields.push_back({ .key = "changes", .value = std::move(list) });
+    if (changes.empty())
+        fields.push_back({ .label = "unchanged", .text = "it is set so already" });
+    return fields;
+}
+
+std::optional<Failure> whyWithoutChip(const AuriskAccessory& device, std::string_view consequence)
 {
     if (device.hearChip() != AuriskChip::unassigned)
         return std::nullopt;
-    return Failure{ .sentence
-        = fmt::format("the chip of {} is not known, so its settings cannot be read", device.name()),
+    return Failure{ .sentence = fmt::format("the chip of {} is not known, so {}", device.name(), consequence),
         .name = device.name() };
+}
+
+std::optional<Failure> whyWithoutSettings(const AuriskAccessory& device)
+{
+    return whyWithoutChip(device, "its settings cannot be read");
 }
 
 AuriskRequest readRequest(const AuriskAccessory& device, const BlockPlace& place)

@@ -12,6 +12,9 @@ namespace aurisk::tool {
 
 using ThenWithBlock = std::function<void(Session&, const SettingsBlock&)>;
 
+/// The failure of a device that does not tell its chip; none for one that does.
+std::optional<Failure> whyWithoutChip(const AuriskAccessory& device, std::string_view consequence);
+
 /// The failure of a device that does not tell what form its settings have; none for one that does.
 std::optional<Failure> whyWithoutSettings(const AuriskAccessory& device);
 
@@ -33,6 +36,9 @@ void readProgramToRestore(Session& session, Session::ThenWith<std::optional<int>
 
 /// Goes on with the program that the arguments name, else with the current one.
 void chooseProgram(Session& session, Session::ThenWith<int> then);
+
+/// What became of values, one a line.
+Fields changeFields(const std::vector<Difference>& changes);
 
 /// The settings of programs, by number.
 using ProgramBlocks = std::vector<std::pair<int, SettingsBlock>>;

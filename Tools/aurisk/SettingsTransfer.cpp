@@ -3,7 +3,7 @@
 #include "AuriskSDK/Shared/Utils/Precondition.h"
 #include "Tools/aurisk/CodecJson.h"
 #include "Tools/aurisk/DeviceFields.h"
-#include "Tools/aurisk/ExchangeFile.h"
+#include "Tools/aurisk/Transfer.h"
 #include "Tools/aurisk/Values.h"
 
 #include <fmt/format.h>
@@ -19,53 +19,25 @@ std::string_view formatOf(BlockKind kind) { return kind == BlockKind::program ? 
 
 // Export
 
-/// What has been read of a device.
-struct Part {
-    std::string identifier;
-    Json device; ///< as the file holds it
-};
+using Exported = std::shared_ptr<ExportedParts>;
 
-/// By name: the left one of a pair comes first.
-using Exported = std::map<std::string, Part>;
-
-Part partOf(const AuriskAccessory& device, const std::string& member, Json value)
-{
-    auto head = exchangeHead(device);
-    head[member] = std::move(value);
-    return { device.deviceId(), std::move(head) };
-}
-
-void keepPrograms(Session& session, const std::shared_ptr<Exported>& exported)
+void keepPrograms(Session& session, const Exported& exported)
 {
     readPrograms(session, [exported](Session& self, const ProgramBlocks& blocks) {
         auto list = Json::array();
         for (const auto& [program, block] : blocks)
             list.push_back({ { "program", program }, { "fields", fieldsToJson(block) } });
-        exported->emplace(self.name(), partOf(self.device(), "programs", std::move(list)));
+        exported->add(self, "programs", std::move(list));
         self.finish();
     });
 }
 
-void keepGlobal(Session& session, const std::shared_ptr<Exported>& exported)
+void keepGlobal(Session& session, const Exported& exported)
 {
     readBlock(session, {}, [exported](Session& self, const SettingsBlock& block) {
-        exported->emplace(self.name(), partOf(self.device(), "fields", fieldsToJson(block)));
+        exported->add(self, "fields", fieldsToJson(block));
         self.finish();
     });
-}
-
-void writeExported(const Exported& exported, const std::string& path, BlockKind kind, Output& output)
-{
-    std::vector<Json> devices;
-    for (const auto& [name, part] : exported)
-        devices.push_back(part.device);
-    writeExchangeFile(path, formatOf(kind), devices, output);
-    if (path == "-")
-        return;
-    for (const auto& [name, part] : exported)
-        output.line(name,
-            { { .key = "identifier", .value = part.identifier }, { .key = "name", .value = name },
-                { .key = "exported", .value = path, .text = "exported to " + path } });
 }
 
 // Import
@@ -77,13 +49,10 @@ struct Wanted {
     std::optional<SettingsBlock> block = {}; ///< what the device holds with these fields
 };
 
-/// What is to be written to one device, and how far that is.
-struct Job {
-    std::vector<Wanted> wanted = {};
-    std::optional<int> running = {}; ///< the program to go back to
-    std::size_t next = 0;
-};
-using Shared = std::shared_ptr<Job>;
+using Shared = std::shared_ptr<Wanted>;
+
+/// The program to go back to at the end, until a write sees to it.
+using Running = std::shared_ptr<std::optional<int>>;
 
 std::string described(const BlockPlace& place)
 {
@@ -144,61 +113,58 @@ std::vector<Wanted> wantedBy(const ExchangePart& part, BlockKind kind, const std
     return list;
 }
 
-/// Reads back what has been written.
-void compareNext(Session& session, const Shared& job)
+void prepare(Session& session, const Shared& wanted, const Session::Then& then)
 {
-    if (job->next == job->wanted.size()) {
-        const auto count = job->wanted.size();
-        session.line({ { .key = "imported", .value = count, .text = "imported and read back" } });
-        return session.finish();
-    }
-    const auto& wanted = job->wanted[job->next++];
-    readBlock(session, wanted.place, [=](Session& self, const SettingsBlock& block) {
-        const auto others = differences(*wanted.block, block);
-        if (others.empty())
-            return compareNext(self, job);
-        const auto& first = others.back();
-        self.fail(fmt::format("{} did not keep what was written for {}: {} is {}, not {}", self.name(),
-            described(wanted.place), first.place(), first.after, first.before));
-    });
-}
-
-void writeNext(Session& session, const Shared& job)
-{
-    if (job->next == job->wanted.size()) {
-        job->next = 0;
-        return compareNext(session, job);
-    }
-    const auto& wanted = job->wanted[job->next++];
-    writeBlock(session, wanted.place, *wanted.block, std::exchange(job->running, std::nullopt), [=](Session& self) {
-        Fields fields = { { .key = "written", .value = true, .text = described(wanted.place) + " written" } };
-        if (wanted.place.program)
-            fields.insert(fields.begin(), { .key = "program", .value = *wanted.place.program });
-        self.line(fields);
-        writeNext(self, job);
-    });
-}
-
-/// Reads what the device holds, as the fields that the file does not name stay as they are.
-void prepareNext(Session& session, const Shared& job)
-{
-    if (job->next == job->wanted.size()) {
-        job->next = 0;
-        return session.meet([job](Session& self) { writeNext(self, job); });
-    }
-    const auto place = job->wanted[job->next].place;
     const auto take = [=](Session& self, const SettingsBlock& block) {
-        auto& wanted = job->wanted[job->next++];
-        wanted.block = block;
-        setFields(*wanted.block, wanted.fields, "fields");
-        prepareNext(self, job);
+        wanted->block = block;
+        setFields(*wanted->block, wanted->fields, "fields");
+        then(self);
     };
-    const auto refuse = [=](Session& self) {
+    const auto refuse = [place = wanted->place](Session& self) {
         self.fail(fmt::format("{} is for {}, which {} does not have; nothing was written", self.options().file,
                       described(place), self.name()),
             ExitCode::usage);
     };
-    readBlock(session, place, take, place.program ? Session::Then(refuse) : Session::Then());
+    readBlock(session, wanted->place, take, wanted->place.program ? Session::Then(refuse) : Session::Then());
+}
+
+void write(Session& session, const Shared& wanted, const Running& running, const Session::Then& then)
+{
+    writeBlock(session, wanted->place, *wanted->block, std::exchange(*running, std::nullopt), [=](Session& self) {
+        Fields fields = { { .key = "written", .value = true, .text = described(wanted->place) + " written" } };
+        if (wanted->place.program)
+            fields.insert(fields.begin(), { .key = "program", .value = *wanted->place.program });
+        self.line(fields);
+        then(self);
+    });
+}
+
+void compare(Session& session, const Shared& wanted, const Session::Then& then)
+{
+    readBlock(session, wanted->place, [=](Session& self, const SettingsBlock& block) {
+        const auto others = differences(*wanted->block, block);
+        if (others.empty())
+            return then(self);
+        const auto& first = others.back();
+        self.fail(fmt::format("{} did not keep what was written for {}: {} is {}, not {}", self.name(),
+            described(wanted->place), first.place(), first.after, first.before));
+    });
+}
+
+void importAll(Session& session, const std::vector<Wanted>& all, std::optional<int> program)
+{
+    const auto running = std::make_shared<std::optional<int>>(program);
+    std::vector<ImportItem> items;
+    for (const auto& one : all) {
+        const auto wanted = std::make_shared<Wanted>(one);
+        items.push_back({ .prepare = [=](Session& self, const Session::Then& then) { prepare(self, wanted, then); },
+            .write = [=](Session& self, const Session::Then& then) { write(self, wanted, running, then); },
+            .compare = [=](Session& self, const Session::Then& then) { compare(self, wanted, then); } });
+    }
+    importItems(session, items, [count = all.size()](Session& self) {
+        self.line({ { .key = "imported", .value = count, .text = "imported and read back" } });
+        self.finish();
+    });
 }
 
 } // namespace
@@ -206,7 +172,7 @@ void prepareNext(Session& session, const Shared& job)
 Plan planExport(const Options& options, BlockKind kind)
 {
     checkWritable(options.file);
-    const auto exported = std::make_shared<Exported>();
+    const auto exported = std::make_shared<ExportedParts>();
     return { .play =
                  [=](Session& session) {
                      if (kind == BlockKind::program)
@@ -215,7 +181,7 @@ Plan planExport(const Options& options, BlockKind kind)
                          keepGlobal(session, exported);
                  },
         .check = whyWithoutSettings,
-        .conclude = [=, path = options.file](Output& output) { writeExported(*exported, path, kind, output); } };
+        .conclude = [=, path = options.file](Output& output) { exported->write(path, formatOf(kind), output); } };
 }
 
 Plan planImport(const Options& options, BlockKind kind)
@@ -228,13 +194,11 @@ Plan planImport(const Options& options, BlockKind kind)
         .play =
             [=](Session& session) {
                 const auto& part = partFor(session.device(), parts, session.options().file);
-                const auto job = std::make_shared<Job>(Job{ .wanted = wanted.at(part.place) });
+                const auto all = wanted.at(part.place);
                 if (kind == BlockKind::global)
-                    return prepareNext(session, job);
-                readProgramToRestore(session, [job](Session& self, std::optional<int> running) {
-                    job->running = running;
-                    prepareNext(self, job);
-                });
+                    return importAll(session, all, std::nullopt);
+                readProgramToRestore(
+                    session, [all](Session& self, std::optional<int> running) { importAll(self, all, running); });
             },
         .check =
             [=, path = options.file](const AuriskAccessory& device) {

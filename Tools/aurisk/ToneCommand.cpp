@@ -1,5 +1,7 @@
 #include "Tools/aurisk/Commands.h"
 
+#include "Tools/aurisk/DeviceFields.h"
+
 #include <fmt/format.h>
 
 namespace aurisk::tool {
@@ -45,6 +47,12 @@ void play(Session& session)
         Request::stopPlaySine{});
 }
 
+bool isSupported(const AuriskResult& result)
+{
+    const auto* read = result.isSuccess() ? result.data()->as<AuriskResponse::didReadHearingTest>() : nullptr;
+    return read && read->supported;
+}
+
 /// Ends a tone, and the hearing test, that something else has left behind.
 void stop(Session& session)
 {
@@ -56,18 +64,41 @@ void stop(Session& session)
     });
 }
 
+/// Sets the amplitude that the hearing test measures from at a frequency.
+void setBase(Session& session)
+{
+    const int freq = *session.options().value, amp = *session.options().amp;
+    const Request::setBaseAmplitude base{ .freq = std::uint16_t(freq), .amp = std::int16_t(amp) };
+    session.request(base, [=](Session& self, const auto&) {
+        self.line(
+            { { .key = "freq", .value = freq, .text = fmt::format("measures {} Hz from amplitude {}", freq, amp) },
+                { .key = "amp", .value = amp } });
+        self.finish();
+    });
+}
+
+void within(Session& session, const Session::Then& then)
+{
+    session.request(
+        Request::enterHearingMode{ .enter = true }, [then](Session& self, const auto&) { then(self); },
+        Request::enterHearingMode{ .enter = false });
+}
+
 } // namespace
 
 void playTone(Session& session)
 {
     session.attempt(Request::hearingSupported{}, [](Session& self, const AuriskResult& result) {
-        if (!result.isSuccess())
+        const auto action = self.options().toneAction;
+        if (action == ToneAction::supported) {
+            self.line({ hearingTestField(isSupported(result)) });
+            return self.finish();
+        }
+        if (!isSupported(result))
             return self.fail(fmt::format("{} has no hearing test, so it plays no tones", self.name()));
-        if (self.options().stop)
+        if (action == ToneAction::stop)
             return stop(self);
-        self.request(
-            Request::enterHearingMode{ .enter = true }, [](Session& again, const auto&) { play(again); },
-            Request::enterHearingMode{ .enter = false });
+        within(self, action == ToneAction::base ? setBase : play);
     });
 }
 

@@ -89,15 +89,27 @@ void takeBrEdr(Options& options, WordList& words)
         throw UsageError("bredr: --continuous goes with on");
 }
 
+ToneAction takeToneAction(WordList& words)
+{
+    if (takeFirst(words, "stop"))
+        return ToneAction::stop;
+    if (takeFirst(words, "supported"))
+        return ToneAction::supported;
+    return takeFirst(words, "base") ? ToneAction::base : ToneAction::play;
+}
+
 void takeTone(Options& options, WordList& words)
 {
-    const bool hasStrength = options.dB || options.amp;
-    options.stop = takeFirst(words, "stop");
-    if (options.stop && hasStrength)
-        throw UsageError("tone stop takes neither --db nor --amp");
-    if (options.stop)
+    options.toneAction = takeToneAction(words);
+    const bool isStop = options.toneAction == ToneAction::stop;
+    if (isStop || options.toneAction == ToneAction::supported) {
+        if (options.dB || options.amp)
+            throw UsageError(fmt::format("tone {} takes neither --db nor --amp", isStop ? "stop" : "supported"));
         return takeDevice(options, words);
+    }
     options.value = wholeNumber("frequency", takeValue(options, words, "the frequency in Hz"), frequencies);
+    if (options.toneAction == ToneAction::base && (options.dB || !options.amp))
+        throw UsageError("tone base: say how loud, with --amp");
     if (options.dB.has_value() == options.amp.has_value())
         throw UsageError("tone: say how loud, with either --db or --amp");
 }
@@ -226,7 +238,8 @@ constexpr std::string_view rawNotes
       "A first word that holds anything but hexadecimal digits is the device.";
 constexpr std::string_view toneNotes
     = "FREQ is in Hz, 1 to 65535. The hearing aid has to support the hearing test, which it enters for the tone and\n"
-      "leaves afterwards. `tone stop` ends a tone that something else has left playing.";
+      "leaves afterwards. `tone stop` ends a tone that something else has left playing, `tone supported` asks whether\n"
+      "there is a hearing test, and `tone base` sets the amplitude that it measures from.";
 constexpr std::string_view dspNotes
     = "FIELD is a name that `dsp show` tells, or direction, noise or matrixGain. VALUE is the name of a case, its\n"
       "number (RAW) or its label; for a field of all bands a list with commas, or for one band FIELD@HZ:\n"
@@ -239,10 +252,26 @@ constexpr std::string_view eqNotes = "HZ is the frequency of a band, DB its gain
 constexpr std::string_view globalNotes
     = "FIELD is a name that `global show` tells, or numberOfPrograms; N is its number. What they stand for is up to\n"
       "the hearing aid. FILE is as for `aurisk dsp`.";
+constexpr std::string_view profileNotes
+    = "FIELD is a name that `profile show` tells, VALUE a text of at most 247 bytes or, for what belongs to the\n"
+      "reserved field, a number; of modeConfig.mode1 the last part will do:\n"
+      "  aurisk profile set X1-L seriesCode S2 mode1 2 age 67\n"
+      "FILE is as for `aurisk dsp`. An import writes what differs from what the hearing aid holds, names included: a\n"
+      "file of one hearing aid that holds adName gives both of a pair the same one.";
+constexpr std::string_view logsNotes = "Only hearing aids with the chip a16 keep logs. What their numbers count is up "
+                                       "to the hearing aid. With --both a\n"
+                                       "FILE called log.bin stands for log-L.bin and log-R.bin.";
 constexpr std::string_view codecNotes
     = "Reads one JSON object a line from standard input, such as {\"op\": \"hex.toBytes\", \"text\": \"fe 68\"}, and "
       "writes\n"
       "one answer a line: {\"ok\": value}, {\"stop\": text} or {\"error\": text}. It needs no Bluetooth.";
+
+/// Whether the word at that place is a VALUE of `profile set`, which may be empty.
+bool isTextOfProfile(const Options& options, const WordList& words, std::size_t place)
+{
+    return options.command == Command::profile && words.front() == "set" && place >= 2
+        && (words.size() - place) % 2 == 1;
+}
 
 const Row& rowOf(Command command)
 {
@@ -257,7 +286,9 @@ const Row& rowOf(Command command)
         { Command::battery, takeDevice, { { "[DEVICE]" } } },
         { Command::find, takeDevice, { { "[DEVICE]" } } },
         { Command::tone, takeTone,
-            { { "[DEVICE] FREQ --db N", "[DEVICE] FREQ --amp N", "stop [DEVICE]" }, toneNotes } },
+            { { "[DEVICE] FREQ --db N", "[DEVICE] FREQ --amp N", "stop [DEVICE]", "supported [DEVICE]",
+                  "base [DEVICE] FREQ --amp N" },
+                toneNotes } },
         { Command::orientation, takeOrientation, { { "[DEVICE]", "set [DEVICE] left|right" } } },
         { Command::monitor, takeDevice, { { "[DEVICE]" } } },
         { Command::raw, takeFrame, { { "[DEVICE] HEX..." }, rawNotes } },
@@ -271,6 +302,11 @@ const Row& rowOf(Command command)
         { Command::global, takeSettings,
             { { "show [DEVICE]", "set [DEVICE] FIELD N [FIELD N...]", "export [DEVICE] FILE", "import [DEVICE] FILE" },
                 globalNotes } },
+        { Command::profile, takeSettings,
+            { { "show [DEVICE]", "set [DEVICE] FIELD VALUE [FIELD VALUE...]", "export [DEVICE] FILE",
+                  "import [DEVICE] FILE" },
+                profileNotes } },
+        { Command::logs, takeDevice, { { "[DEVICE]", "[DEVICE] [--events FILE] [--loop-gain FILE]" }, logsNotes } },
         { Command::codec, takeNothing, { { "" }, codecNotes } },
     };
     return *std::find_if(std::begin(rows), std::end(rows), [&](const Row& row) { return row.command == command; });
@@ -280,8 +316,9 @@ const Row& rowOf(Command command)
 
 void takeWords(Options& options, std::vector<std::string> words)
 {
-    if (std::find(words.begin(), words.end(), "") != words.end())
-        throw UsageError(fmt::format("{}: an empty word", nameOf(options)));
+    for (std::size_t i = 0; i < words.size(); ++i)
+        if (words[i].empty() && !isTextOfProfile(options, words, i))
+            throw UsageError(fmt::format("{}: an empty word", nameOf(options)));
     rowOf(options.command).take(options, words);
 }
 

@@ -3,7 +3,7 @@
 _aurisk()
 {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands="scan info program volume mute transparency bredr battery find tone orientation monitor raw dsp eq noise direction global codec"
+    local commands="scan info program volume mute transparency bredr battery find tone orientation monitor raw dsp eq noise direction global profile logs codec"
     local words="--backend --world --new-world --both --json --log --timeout --help"
     local command= action= word i
     COMPREPLY=()
@@ -13,7 +13,7 @@ _aurisk()
         COMPREPLY=($(compgen -W "sim bluez" -- "$current"))
         return
         ;;
-    --world)
+    --world | --events | --loop-gain)
         compopt -o filenames 2>/dev/null
         mapfile -t COMPREPLY < <(compgen -f -- "$current")
         return
@@ -43,12 +43,13 @@ _aurisk()
     find) words+=" --seconds" ;;
     volume | dsp | eq | noise | direction) words+=" --program" ;;
     bredr) words+=" --continuous" ;;
+    logs) words+=" --events --loop-gain" ;;
     tone) words+=" --db --amp --seconds --timestamp" ;;
     esac
     case $command in
     program | volume | transparency | orientation | eq | noise | direction) [[ $previous == "$command" ]] && words+=" set" ;;
-    tone) [[ $previous == "$command" ]] && words+=" stop" ;;
-    dsp | global) [[ $previous == "$command" ]] && words+=" show set export import" ;;
+    tone) [[ $previous == "$command" ]] && words+=" stop supported base" ;;
+    dsp | global | profile) [[ $previous == "$command" ]] && words+=" show set export import" ;;
     esac
     case $command in
     mute | bredr) words+=" on off" ;;
@@ -57,7 +58,7 @@ _aurisk()
     direction) words+=" normal tv meeting face" ;;
     esac
     case "$command $action" in
-    "dsp export" | "dsp import" | "global export" | "global import")
+    "dsp export" | "dsp import" | "global export" | "global import" | "profile export" | "profile import")
         compopt -o filenames 2>/dev/null
         mapfile -t COMPREPLY < <(compgen -f -- "$current")
         [[ $current == -* ]] || return
