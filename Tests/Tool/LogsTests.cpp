@@ -1,8 +1,6 @@
-#include "Tests/Tool/ToolScenario.h"
+#include "Tests/Tool/ToolFileScenario.h"
 #include "Tools/aurisk/UsagePicture.h"
 
-#include <filesystem>
-#include <fstream>
 #include <iterator>
 
 namespace aurisk::tests {
@@ -25,7 +23,7 @@ protected:
 
     static std::string fileName(const std::string& stem, const std::string& suffix = {})
     {
-        return testing::TempDir() + "aurisk-" + stem + suffix + ".bin";
+        return temporaryPath(stem + suffix + ".bin");
     }
     static Data bytesOf(const std::string& path)
     {
@@ -50,11 +48,11 @@ TEST(UsagePicture, ABarIsAsLongAsItsShare)
             "        0         0             0",
             "        1        80             7  ....................----------##########",
             "        2         0             0  ........................................%",
-            "        3         0             0", "        4         0             0", "        5         0             0",
-            "  . below 50  - 50 to 60  = 60 to 70  % 70 to 80  # above 80", "", "  RUN TIME     TIMES",
-            "  under 0.5 h      8  ########################################", "  0.5 to 2 h       0",
-            "  2 to 4 h         0", "  4 to 8 h         4  ####################", "  8 to 12 h        0",
-            "  12 to 16 h       0", "  16 to 20 h       0", "  over 20 h        1  #####"));
+            "        3         0             0", "        4         0             0",
+            "        5         0             0", "  . below 50  - 50 to 60  = 60 to 70  % 70 to 80  # above 80", "",
+            "  RUN TIME     TIMES", "  under 0.5 h      8  ########################################",
+            "  0.5 to 2 h       0", "  2 to 4 h         0", "  4 to 8 h         4  ####################",
+            "  8 to 12 h        0", "  12 to 16 h       0", "  16 to 20 h       0", "  over 20 h        1  #####"));
     EXPECT_THAT(tool::usagePicture(log, true),
         Contains("        1        80             7  ····················░░░░░░░░░░██████████"));
 }
@@ -94,8 +92,8 @@ TEST_F(ToolLogs, AreKeptInFilesAsTheyAre)
     after(1800);
     wearer("X1-L", "volume 9");
     EXPECT_EQ(aurisk("logs X1-L --events " + events + " --loop-gain " + gains), ExitCode::done);
-    EXPECT_THAT(sink.output,
-        ElementsAre("X1-L  userEvent: 2280 bytes to " + events, "X1-L  loopGain: 1140 bytes to " + gains));
+    EXPECT_THAT(
+        sink.output, ElementsAre("X1-L  userEvent: 2280 bytes to " + events, "X1-L  loopGain: 1140 bytes to " + gains));
     const auto kept = bytesOf(events);
     ASSERT_EQ(kept.size(), 40U * 57);
     // After 0x708 s a volume (2) of 9 in program 0, at a battery of 84 - 2 percent.

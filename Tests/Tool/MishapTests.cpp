@@ -121,6 +121,14 @@ TEST_F(ToolMishap, AnAidThatAnswersNonsenseHarmsNobody)
             "Odd-L gave an answer that fits nothing when asked to tell the settings of program 1" },
         { { 0x00, 0xFE, 0x68, 0x91, 0x03, 0x06, 0x03, 0x00, 0x05, 0x16 }, "global show",
             "Odd-L holds settings of all programs that make no sense" },
+        // 68 + 91 + 03 + 06 + 08 + FF = 209: the series code, whatever was asked for.
+        { { 0x00, 0xFE, 0x68, 0x91, 0x03, 0x06, 0x08, 0xFF, 0x09, 0x16 }, "profile show",
+            "Odd-L gave an answer that fits nothing when asked to tell its pSeriesCode" },
+        { { 0x00, 0xFE, 0x68, 0x91, 0x03, 0x06, 0x08, 0xFF, 0x09, 0x16 }, "logs",
+            "Odd-L refused to tell the summary of its use, or not all of it came" },
+        // 68 + 91 + 03 + 00 + 06 + 55 = 157: one byte of a log, four times.
+        { { 0x00, 0xFE, 0x68, 0x91, 0x03, 0x00, 0x06, 0x55, 0x57, 0x16 }, "logs",
+            "the summary of its use that Odd-L told is too short: 4 bytes" },
         { {}, "battery", "Odd-L has no battery service (180F)" },
     };
     for (const auto& [answer, commandLine, sentence] : cases) {

@@ -1,31 +1,18 @@
-#include "Tests/Tool/ToolScenario.h"
+#include "Tests/Tool/ToolFileScenario.h"
 #include "Tools/aurisk/ProfileFields.h"
 #include "Tools/aurisk/Values.h"
-#include "Tools/aurisk/WorldFile.h"
-
-#include <filesystem>
-#include <fstream>
 
 namespace aurisk::tests {
 namespace {
 
 using testing::AnyOf;
-using testing::Contains;
 using testing::EndsWith;
 using Kind = Fault::Kind;
 
 constexpr std::uint8_t series = 0x00, reserved = 0x05, seriesCode = 0x06, adName = 0x13;
 
-class ToolProfile : public ToolScenario {
+class ToolProfile : public ToolFileScenario {
 protected:
-    void SetUp() override
-    {
-        auto world = threeAids();
-        world.aids.push_back(placed("Uno-R", "0A:1B:2C:00:33:44", 0x01));
-        simulator = Simulator::create(world);
-    }
-    void TearDown() override { std::filesystem::remove(path); }
-
     Data field(const std::string& name, std::uint8_t number) { return aid(name).state().profile.at(number); }
     std::string text(const std::string& name, std::uint8_t number)
     {
@@ -40,23 +27,14 @@ protected:
     }
     int messages(const std::string& name) const { return simulator->radio().messageCount(name); }
 
-    nlohmann::json exported(const std::string& words)
-    {
-        EXPECT_EQ(aurisk("profile export " + words + " " + path), ExitCode::done) << words;
-        return nlohmann::json::parse(std::ifstream(path));
-    }
-    void write(const nlohmann::json& file) const { std::ofstream(path) << file; }
-
-    std::string path = testing::TempDir() + "aurisk-profile.json";
-
     /// hornCode 0x0201, microphoneCode 0x0403, headsetCode 0x0605, codes 7 to 16; 0x35: experience 1, mode1 2, mode2 3;
     /// 0x1F: mode3 15, mode4 1; 0x54: mode5 4, mode6 5; 0x9E: age 30, sex 1.
-    const Data wearer = { 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 0x35, 0x1F, 0x54, 0x9E };
+    const Data worn = { 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 0x35, 0x1F, 0x54, 0x9E };
 };
 
 TEST_F(ToolProfile, EveryFieldIsShownUnderItsName)
 {
-    put("X1-L", reserved, wearer);
+    put("X1-L", reserved, worn);
     put("X1-L", seriesCode, {});
     EXPECT_EQ(aurisk("profile show X1-L"), ExitCode::done);
     Lines shown;
@@ -68,8 +46,8 @@ TEST_F(ToolProfile, EveryFieldIsShownUnderItsName)
     }
     EXPECT_THAT(shown,
         ElementsAre("X1-L", "pSeriesCode product series X1", "skuCode SKU X1-A16", "patternCode pattern RIC",
-            "hwVersion hardware version 1.2", "swVersion software version 2.3.1",
-            "bhwPattern radio pattern B1", "bhwVersion radio hardware 1.0", "bswVersion radio software 3.0.4",
+            "hwVersion hardware version 1.2", "swVersion software version 2.3.1", "bhwPattern radio pattern B1",
+            "bhwVersion radio hardware 1.0", "bswVersion radio software 3.0.4",
             "hearingAidChipVersion hearing-aid chip A16", "otaVersion update version 1.1",
             "seriesCode series code (empty)", "adName advertised name X1-L", "hornCode 513", "microphoneCode 1027",
             "headsetCode 1541", "acCode 7", "aidChipCode 8", "hornPowerCode 9", "formula 10", "ext1 11", "ext2 12",
@@ -119,7 +97,7 @@ TEST_F(ToolProfile, AChangeChangesItsBitsAlone)
         { { "ext6", "255", "ext6", "17" }, { { 15, 17 } }, "ext6  16 -> 17" },
     };
     for (const auto& [changes, changed, told] : cases) {
-        put("X1-L", reserved, wearer);
+        put("X1-L", reserved, worn);
         auto expected = aid("X1-L").state();
         for (const auto& [index, byte] : changed)
             expected.profile[reserved][index] = byte;
@@ -200,17 +178,9 @@ TEST_F(ToolProfile, AFieldThatIsRefusedStopsAChangeOfOthers)
 /// Each step is a run of its own; between them the world is in its file.
 TEST_F(ToolProfile, WhatWasExportedIsImportedAsItWasEdited)
 {
-    const auto worldPath = testing::TempDir() + "aurisk-profile-world.json";
-    std::filesystem::remove(worldPath);
-    const auto inWorld = [&](const std::string& words) {
-        tool::WorldFile world(worldPath, !std::filesystem::exists(worldPath));
-        simulator = Simulator::create(world.world());
-        EXPECT_EQ(aurisk(words), ExitCode::done) << words;
-        world.keep(simulator->world());
-    };
     for (const std::string device : { "Solo-L", "Uno-R", "X1 --both" }) {
         inWorld("profile export " + device + " " + path);
-        auto file = nlohmann::json::parse(std::ifstream(path));
+        auto file = content();
         EXPECT_EQ(file["aurisk"], (nlohmann::json{ { "format", "profile" }, { "version", 1 } }));
         const auto pristine = file;
         Lines expected;
@@ -240,12 +210,11 @@ TEST_F(ToolProfile, WhatWasExportedIsImportedAsItWasEdited)
         inWorld("profile import " + device + " " + path);
         EXPECT_THAT(sink.output, testing::Each(EndsWith("  holds all of it already")));
     }
-    std::filesystem::remove(worldPath);
 }
 
 TEST_F(ToolProfile, AFileThatDoesNotFitChangesNobody)
 {
-    const auto good = exported("X1-L");
+    const auto good = exported("profile export X1-L");
     struct {
         std::string pointer;
         nlohmann::json value;
@@ -285,7 +254,7 @@ TEST_F(ToolProfile, AFileThatDoesNotFitChangesNobody)
 TEST_F(ToolProfile, WhatCannotBeKeptInAFileIsSaid)
 {
     faults("X1-L").faults = { { .kind = Kind::refuse, .message = messages("X1-L") + 9 } };
-    const auto file = exported("X1-L");
+    const auto file = exported("profile export X1-L");
     EXPECT_FALSE(file["devices"][0]["profile"].contains("skuCode"));
     EXPECT_THAT(
         sink.errors, ElementsAre("aurisk: X1-L does not tell a skuCode that makes sense, so it is not exported"));
@@ -312,7 +281,7 @@ TEST_F(ToolProfile, ATextThatTheLinkDoesNotCarryIsNotWritten)
     EXPECT_EQ(aurisk("profile set X1 adName A seriesCode " + text + " --both"), ExitCode::usage);
     EXPECT_EQ(sink.errors.front(),
         "aurisk: seriesCode: the text has 236 bytes, and the link to X1-L carries at most 235; nothing was written");
-    auto file = exported("X1-L");
+    auto file = exported("profile export X1-L");
     file["devices"][0]["profile"]["adName"] = "A";
     file["devices"][0]["profile"]["seriesCode"] = text;
     write(file);
@@ -330,7 +299,7 @@ TEST_F(ToolProfile, ATextThatTheLinkDoesNotCarryIsNotWritten)
 /// An import to a pair, with each kind of fault at each message of the left one.
 TEST_F(ToolProfile, WhateverGoesWrongNoneOfAPairIsWrittenToBeforeBothAreReady)
 {
-    auto file = exported("X1 --both");
+    auto file = exported("profile export X1 --both");
     for (auto& device : file["devices"]) {
         device["profile"]["seriesCode"] = "S9";
         device["profile"]["reservedField"] = { { "ageConfig", { { "age", 99 } } } };
@@ -343,12 +312,10 @@ TEST_F(ToolProfile, WhateverGoesWrongNoneOfAPairIsWrittenToBeforeBothAreReady)
     const int first = messages("X1-L");
     ASSERT_EQ(aurisk("profile import X1 --both " + path), ExitCode::done);
     const int count = messages("X1-L") - first;
-    const auto isFresh = [&](const std::string& name) {
-        return text(name, seriesCode) == "S9" && field(name, reserved) == fresh;
-    };
-    const auto isOld = [&](const std::string& name) {
-        return text(name, seriesCode) == "S1" && field(name, reserved) == old;
-    };
+    const auto isFresh
+        = [&](const std::string& name) { return text(name, seriesCode) == "S9" && field(name, reserved) == fresh; };
+    const auto isOld
+        = [&](const std::string& name) { return text(name, seriesCode) == "S1" && field(name, reserved) == old; };
     EXPECT_TRUE(isFresh("X1-L") && isFresh("X1-R"));
     for (const auto kind :
         { Kind::dropLinkBefore, Kind::dropLinkAfter, Kind::lose, Kind::duplicate, Kind::corrupt, Kind::refuse })
@@ -367,7 +334,7 @@ TEST_F(ToolProfile, WhateverGoesWrongNoneOfAPairIsWrittenToBeforeBothAreReady)
 
 TEST_F(ToolProfile, WhatAnAidDidNotKeepIsFound)
 {
-    auto file = exported("X1-L");
+    auto file = exported("profile export X1-L");
     file["devices"][0]["profile"]["seriesCode"] = "S9";
     write(file);
     begin("profile import X1-L " + path);

@@ -1,8 +1,5 @@
-#include "Tests/Tool/ToolScenario.h"
-#include "Tools/aurisk/WorldFile.h"
+#include "Tests/Tool/ToolFileScenario.h"
 
-#include <filesystem>
-#include <fstream>
 #include <sstream>
 
 namespace aurisk::tests {
@@ -15,27 +12,9 @@ using testing::StartsWith;
 using Blocks = std::vector<Data>;
 using Kind = Fault::Kind;
 
-class ToolSettingsFile : public ToolScenario {
+class ToolSettingsFile : public ToolFileScenario {
 protected:
-    void SetUp() override
-    {
-        auto world = threeAids();
-        world.aids.push_back(placed("Uno-R", "0A:1B:2C:00:33:44", 0x01));
-        simulator = Simulator::create(world);
-    }
-    void TearDown() override { std::filesystem::remove(path); }
-
-    nlohmann::json exported(const std::string& words)
-    {
-        EXPECT_EQ(aurisk(words + " " + path), ExitCode::done) << words;
-        return nlohmann::json::parse(std::ifstream(path));
-    }
-    void write(const std::string& text) const { std::ofstream(path) << text; }
-    void write(const nlohmann::json& value) const { write(value.dump()); }
-
     Blocks blocks(const std::string& name) { return aid(name).state().programBlocks; }
-
-    std::string path = testing::TempDir() + "aurisk-settings.json";
 };
 
 TEST_F(ToolSettingsFile, WhatWasExportedIsImportedAsItWasEdited)
@@ -97,21 +76,13 @@ TEST_F(ToolSettingsFile, APairIsKeptInOneFileAndEachTakesItsPart)
 /// Each step is a run of its own; between them the world is in its file.
 TEST_F(ToolSettingsFile, SettingsOutliveTheRunThatImportedThem)
 {
-    const auto worldPath = testing::TempDir() + "aurisk-world.json";
-    std::filesystem::remove(worldPath);
-    const auto inWorld = [&](const std::string& words) {
-        tool::WorldFile world(worldPath, !std::filesystem::exists(worldPath));
-        simulator = Simulator::create(world.world());
-        EXPECT_EQ(aurisk(words), ExitCode::done) << words;
-        world.keep(simulator->world());
-    };
     struct {
         std::string device;
         std::size_t programs;
     } const cases[] = { { "Solo-L", 3 }, { "Uno-R", 3 }, { "X1-L", 4 }, { "X1 --both", 4 } };
     for (const auto& [device, programs] : cases) {
         inWorld("dsp export " + device + " " + path);
-        auto file = nlohmann::json::parse(std::ifstream(path));
+        auto file = content();
         for (auto& part : file["devices"]) {
             EXPECT_EQ(part["programs"].size(), programs) << device;
             part["programs"][2]["fields"]["equalizerArray"][1] = "dbMinus10";
@@ -126,7 +97,6 @@ TEST_F(ToolSettingsFile, SettingsOutliveTheRunThatImportedThem)
             EXPECT_EQ(told[i]["fields"], file["devices"][i]["programs"][2]["fields"]) << device;
         }
     }
-    std::filesystem::remove(worldPath);
 }
 
 TEST_F(ToolSettingsFile, WhatAllProgramsShareIsKeptInTheSameManner)

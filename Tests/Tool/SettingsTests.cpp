@@ -10,12 +10,7 @@ using testing::EndsWith;
 
 class ToolSettings : public ToolScenario {
 protected:
-    void SetUp() override
-    {
-        auto world = threeAids();
-        world.aids.push_back(placed("Uno-R", "0A:1B:2C:00:33:44", 0x01));
-        simulator = Simulator::create(world);
-    }
+    void SetUp() override { simulator = Simulator::create(fourAids()); }
 
     Data block(const std::string& name, int program) { return aid(name).state().programBlocks[std::size_t(program)]; }
 };

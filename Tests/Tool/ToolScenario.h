@@ -59,6 +59,14 @@ protected:
         return world;
     }
 
+    /// With an Uno-R, so that there is one of each chip.
+    static SimulatedWorld fourAids()
+    {
+        auto world = threeAids();
+        world.aids.push_back(placed("Uno-R", "0A:1B:2C:00:33:44", 0x01));
+        return world;
+    }
+
     void begin(const std::string& commandLine) { beginWords(wordsOf(commandLine)); }
 
     void beginWords(const Lines& words)

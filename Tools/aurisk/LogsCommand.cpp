@@ -57,8 +57,8 @@ void playSummary(Session& session)
         if (!log)
             return self.fail(
                 fmt::format("the summary of its use that {} told is too short: {} bytes", self.name(), bytes.size()));
-        self.picture("use", { { .key = "summary", .value = codec::toJson(*log) } },
-            usagePicture(*log, self.style().drawing));
+        self.picture(
+            "use", { { .key = "summary", .value = codec::toJson(*log) } }, usagePicture(*log, self.style().drawing));
         self.finish();
     });
 }
@@ -92,7 +92,9 @@ void writeFiles(const std::vector<Fetched>& fetched, Output& output)
         writeFile(file.path, { bytes.begin(), bytes.end() });
         output.line(name,
             { { .key = "identifier", .value = identifier }, { .key = "name", .value = name },
-                { .key = "log", .value = caseName(file.log), .label = std::string(caseName(file.log)) + ":",
+                { .key = "log",
+                    .value = caseName(file.log),
+                    .label = std::string(caseName(file.log)) + ":",
                     .text = fmt::format("{} bytes to {}", bytes.size(), file.path) },
                 { .key = "bytes", .value = bytes.size() }, { .key = "file", .value = file.path } });
     }

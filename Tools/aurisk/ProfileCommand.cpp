@@ -31,8 +31,8 @@ std::optional<std::string> whyTooLong(const Session& session, Type type, const D
 /// Writes a field and waits until that is acknowledged.
 void writeField(Session& session, Type type, const Data& value, const Session::Then& then)
 {
-    session.read<AuriskResponse::didRequest>(AuriskRequest::writeProfile{ .data = value, .type = type },
-        [then](Session& self, const auto&) { then(self); });
+    session.read<AuriskResponse::didRequest>(
+        AuriskRequest::writeProfile{ .data = value, .type = type }, [then](Session& self, const auto&) { then(self); });
 }
 
 /// Parts of files are for a chip.
@@ -125,8 +125,8 @@ Plan planSet(const Options& options)
     const auto types = typesOf(edits);
     const auto write = [=](Session& session, const ProfileValues& values) {
         if (const auto* field = firstUntold(types, values))
-            return session.fail(fmt::format(
-                "{} refused to tell {}, so nothing was written", session.name(), field->name));
+            return session.fail(
+                fmt::format("{} refused to tell {}, so nothing was written", session.name(), field->name));
         for (const auto type : types)
             if (const auto why = whyTooLong(session, type, edits.at(type)(values.at(type))))
                 return session.fail(*why, ExitCode::usage);
@@ -205,8 +205,8 @@ void write(Session& session, const Shared& wanted, const Session::Then& then)
         return then(session);
     writeField(session, wanted->type, wanted->after, [=](Session& self) {
         const auto name = std::string(profileField(wanted->type).name);
-        self.line({ { .key = "field", .value = name, .text = name + " written" },
-            { .key = "written", .value = true } });
+        self.line(
+            { { .key = "field", .value = name, .text = name + " written" }, { .key = "written", .value = true } });
         then(self);
     });
 }
@@ -218,8 +218,7 @@ void compare(Session& session, const Shared& wanted, const Session::Then& then)
     readProfile(session, { wanted->type }, [=](Session& self, const ProfileValues& values) {
         if (!values.empty() && values.begin()->second == wanted->after)
             return then(self);
-        self.fail(fmt::format(
-            "{} did not keep what was written for {}", self.name(), profileField(wanted->type).name));
+        self.fail(fmt::format("{} did not keep what was written for {}", self.name(), profileField(wanted->type).name));
     });
 }
 
@@ -235,8 +234,8 @@ void importAll(Session& session, const ProfileEdits& edits)
             .compare = [=](Session& self, const Session::Then& then) { compare(self, wanted, then); } });
     }
     importItems(session, items, [all](Session& self) {
-        const auto count = std::count_if(
-            all.begin(), all.end(), [](const auto& wanted) { return wanted->after != wanted->before; });
+        const auto count
+            = std::count_if(all.begin(), all.end(), [](const auto& wanted) { return wanted->after != wanted->before; });
         self.line({ { .key = "imported",
             .value = count,
             .text = count == 0 ? "holds all of it already" : "imported and read back" } });

@@ -63,9 +63,8 @@ template <typename Within, typename Part> ReservedMember describe(const Part& pa
         .name = part.name,
         .most = (1 << part.width) - 1,
         .get = [](const Reserved& field) { return int(Part::member(Within::block(field))); },
-        .set = [](Reserved& field, int value) {
-            Part::member(Within::block(field)) = static_cast<typename Part::Value>(value);
-        } };
+        .set = [](Reserved& field,
+                   int value) { Part::member(Within::block(field)) = static_cast<typename Part::Value>(value); } };
 }
 
 struct Outermost {
@@ -244,10 +243,9 @@ void readProfile(Session& session, const std::vector<Type>& types, Session::Then
         steps.emplace_back([=](Session& self, const Session::Then& next) {
             const AuriskRequest request = AuriskRequest::readProfile{ .type = type };
             self.attempt(request, [=](Session& again, const AuriskResult& result) {
-                const auto* read
-                    = result.isSuccess() ? result.data()->as<AuriskResponse::didReadProfile>() : nullptr;
-                const bool isAnswer = result.isSuccess() ? read && read->type == type
-                                                         : !result.error()->as<AuriskResultError::other>();
+                const auto* read = result.isSuccess() ? result.data()->as<AuriskResponse::didReadProfile>() : nullptr;
+                const bool isAnswer
+                    = result.isSuccess() ? read && read->type == type : !result.error()->as<AuriskResultError::other>();
                 if (!isAnswer)
                     return again.failBeyondAnswer(request);
                 if (read)
