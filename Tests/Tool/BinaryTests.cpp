@@ -1,3 +1,5 @@
+#include "Tests/Tool/TemporaryPath.h"
+
 #include <nlohmann/json.hpp>
 
 #include <gmock/gmock.h>
@@ -191,7 +193,7 @@ TEST(Binary, OutputThatCannotBeWrittenIsAFailure)
 
 TEST(Binary, TheCodecAnswersStandardInputOnStandardOutput)
 {
-    const auto path = testing::TempDir() + "codec-input";
+    const auto path = temporaryPath("codec-input");
     std::ofstream(path) << R"({"op":"hex.toBytes","text":"fe 68"})" << '\n';
     const auto ended = Program({ "codec" }, {}, path).end();
     std::filesystem::remove(path);

@@ -1,20 +1,13 @@
 #pragma once
 
+#include "Tests/Tool/TemporaryPath.h"
 #include "Tests/Tool/ToolScenario.h"
 #include "Tools/aurisk/WorldFile.h"
 
 #include <filesystem>
 #include <fstream>
 
-#include <unistd.h>
-
 namespace aurisk::tests {
-
-/// A place for a file of this process alone.
-inline std::string temporaryPath(const std::string& name)
-{
-    return testing::TempDir() + "aurisk-" + std::to_string(::getpid()) + "-" + name;
-}
 
 /// Commands on four virtual hearing aids that write and read a file.
 class ToolFileScenario : public ToolScenario {

@@ -1,5 +1,6 @@
 #include "Tools/aurisk/WorldFile.h"
 
+#include "Tests/Tool/TemporaryPath.h"
 #include "Tests/Tool/ToolScenario.h"
 #include "Tools/aurisk/Values.h"
 
@@ -44,8 +45,7 @@ protected:
         return { std::istreambuf_iterator<char>(file), {} };
     }
 
-    std::filesystem::path folder
-        = std::filesystem::path(testing::TempDir()) / testing::UnitTest::GetInstance()->current_test_info()->name();
+    std::filesystem::path folder = temporaryPath("world");
     std::string path = folder / "world.json";
 };
 
