@@ -76,7 +76,7 @@ struct Knowledge {
     bool brEdrContinuous = false, hearingTest = false;
     std::map<int, Data> blocks = {};
     std::optional<Data> global = {};
-    std::map<std::uint8_t, std::string> texts = {}; ///< of the profile, by field number
+    std::map<std::uint8_t, Data> profile = {}; ///< by field number
 
     friend bool operator==(const Knowledge&, const Knowledge&) = default;
     friend void PrintTo(const Knowledge& known, std::ostream* out)
@@ -87,7 +87,7 @@ struct Knowledge {
         *out << ", transparency " << description(known.transparency) << ", battery " << description(known.battery)
              << ", BR/EDR " << description(known.brEdr) << known.brEdrContinuous << ", test " << known.hearingTest
              << ", blocks " << testing::PrintToString(known.blocks) << ", global "
-             << testing::PrintToString(known.global) << ", texts " << testing::PrintToString(known.texts);
+             << testing::PrintToString(known.global) << ", profile " << testing::PrintToString(known.profile);
     }
 };
 
@@ -163,7 +163,7 @@ private:
         else if (b[3] == 0x91 && b[6] == 0x03)
             known.blocks[b[5]] = payload;
         else if (b[3] == 0x91 && b[6] == 0x08)
-            known.texts[b[5]] = std::string(payload.begin(), payload.end());
+            known.profile[b[5]] = payload;
         else if (b[3] == 0x9D && b[5] == 0xBE)
             known.transparency = b[7];
         else if (b[3] == 0x9D && b[5] == 0xBF)
@@ -188,6 +188,8 @@ private:
         }
         if (const auto* bytes = request.as<AuriskRequest::writeDspData>())
             _written.insert(bytes->program);
+        if (const auto* field = request.as<AuriskRequest::writeProfile>())
+            known.profile[static_cast<std::uint8_t>(field->type)] = field->data;
         if (const auto* block = request.as<AuriskRequest::writeGlobalDsp>())
             known.global = block->global.toData();
         if (const auto* volume = request.as<AuriskRequest::controlVolume>())

@@ -114,6 +114,12 @@ public:
             known.blocks[program] = block.toBytes();
         if (accessory->global())
             known.global = accessory->global()->toData();
+        const auto& profile = accessory->profile();
+        for (const auto& field : enumCases<AuriskProfileType>)
+            if (const auto text = AuriskProfile::textOf(field.value); text && !(profile.*text).empty())
+                known.profile[rawValue(field.value)] = Data((profile.*text).begin(), (profile.*text).end());
+        if (profile.reservedField)
+            known.profile[rawValue(AuriskProfileType::productReserved)] = profile.reservedField->toData();
         return known;
     }
 
@@ -175,7 +181,11 @@ void fittersStory(FaultSweep& aid)
              AuriskRequest(AuriskRequest::readGlobalDsp{ .chip = AuriskChip::a4 }),
              AuriskRequest(
                  AuriskRequest::writeGlobalDsp{ .global = global, .chip = AuriskChip::a4, .withResponse = true }),
-             AuriskRequest(AuriskRequest::readDsp{ .program = 1 }) })
+             AuriskRequest(AuriskRequest::readDsp{ .program = 1 }),
+             AuriskRequest(AuriskRequest::readProfile{ .type = AuriskProfileType::productSku }),
+             AuriskRequest(AuriskRequest::readProfile{ .type = AuriskProfileType::productReserved }),
+             AuriskRequest(
+                 AuriskRequest::writeProfile{ .data = { 'S', '2' }, .type = AuriskProfileType::productSeriesCode }) })
         aid.ask(request);
 }
 
@@ -223,6 +233,7 @@ TEST(FaultSweep, TheStoriesWithoutAFaultKnowEverything)
     EXPECT_THAT(fitter.knownByAccessory().blocks, testing::SizeIs(3));
     EXPECT_EQ(fitter.knownByAccessory().blocks[2], AuriskA4Dsp().toBytes());
     EXPECT_TRUE(fitter.knownByAccessory().global);
+    EXPECT_THAT(fitter.knownByAccessory().profile, testing::SizeIs(3));
 
     FaultSweep log;
     log.play(logStory, a16, {});
