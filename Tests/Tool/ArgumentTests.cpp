@@ -57,6 +57,8 @@ TEST(Arguments, AMistakeIsToldInOneSentence)
         { "tone base X1-L --amp 1", "frequency: \"X1-L\" is no whole number" },
         { "logs X1-L --events -", "--events: the bytes of a log need a file" },
         { "logs --events a --loop-gain a", "--events and --loop-gain name the same file" },
+        { "logs X1-L --events --json", "--events needs a value" },
+        { "dsp export X1-L w.json --world ./w.json", "\"w.json\" is the file of the world" },
         { "logs X1-L feedback", "logs: \"feedback\" is one word too many (aurisk logs --help)" },
         { "profile", "profile: say show, set, export or import" },
         { "orientation set X1-L unassigned", "orientation: \"unassigned\" is neither left nor right" },

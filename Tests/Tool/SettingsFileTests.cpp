@@ -1,5 +1,6 @@
 #include "Tests/Tool/ToolFileScenario.h"
 
+#include <set>
 #include <sstream>
 
 namespace aurisk::tests {
@@ -253,6 +254,38 @@ TEST_F(ToolSettingsFile, WhateverGoesWrongNoneOfAPairIsWrittenToBeforeBothAreRea
             EXPECT_TRUE(blocks("X1-R") == fresh || blocks("X1-L") == old) << what;
             EXPECT_TRUE(ended != ExitCode::done || blocks("X1-L") == fresh) << what;
         }
+}
+
+TEST_F(ToolSettingsFile, AnImportThatIsCutShortTellsHowFarItCame)
+{
+    exported("dsp export X1-L");
+    const auto pristine = aid("X1-L").state();
+    const std::string tail = " of 3 part(s) of the import";
+    std::set<std::string> told;
+    for (double when = 0; when < 3; when += 0.05) {
+        aid("X1-L").setState(pristine);
+        begin("dsp import X1-L " + path);
+        after(when);
+        run->interrupt();
+        if (end() == ExitCode::interrupted && !sink.errors.empty())
+            told.insert(sink.errors.back());
+    }
+    EXPECT_THAT(told,
+        testing::UnorderedElementsAre("aurisk: X1-L has taken 0" + tail + ", and perhaps one more",
+            "aurisk: X1-L has taken 1" + tail + ", and perhaps one more",
+            "aurisk: X1-L has taken 2" + tail + ", and perhaps one more",
+            "aurisk: X1-L has taken the whole import, which was not read back"));
+}
+
+TEST_F(ToolSettingsFile, NoneOfAPairIsChangedWhereTheOtherCannotBe)
+{
+    faults("X1-R").refusesConnections = true;
+    const auto left = blocks("X1-L");
+    for (const auto* command : { "dsp set X1 em0 7 --both", "eq set X1 1000=0 --both", "noise set X1 strong --both" }) {
+        EXPECT_EQ(aurisk(command), ExitCode::failed) << command;
+        EXPECT_THAT(sink.errors, testing::Contains(HasSubstr("X1-L was left as it is"))) << command;
+        EXPECT_EQ(blocks("X1-L"), left) << command;
+    }
 }
 
 /// Each write to an H01 switches it to the program that was written.

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <filesystem>
 
 namespace aurisk::tool {
 
@@ -94,7 +95,12 @@ private:
     static void option(CLI::App& app, const std::string& name, const std::string& placeholder, const std::string& help,
         const Take& take)
     {
-        app.add_option_function<std::string>("--" + name, take, help)->option_text(placeholder)->take_last();
+        const auto takeValue = [name, take](const std::string& text) {
+            if (text.starts_with("--")) // the next option, whose name is no value
+                throw UsageError(fmt::format("--{} needs a value", name));
+            take(text);
+        };
+        app.add_option_function<std::string>("--" + name, takeValue, help)->option_text(placeholder)->take_last();
     }
 
     void declareGlobals()
@@ -216,11 +222,23 @@ private:
             _options.duration = _usualSpan[name];
         if (!_options.events.empty() && _options.events == _options.loopGain)
             throw UsageError("--events and --loop-gain name the same file");
+        for (const auto& file : { _options.file, _options.events, _options.loopGain })
+            if (isSameFile(file, _options.world))
+                throw UsageError(fmt::format("{} is the file of the world", inQuotes(file)));
         if (_options.newWorld && _options.world.empty())
             throw UsageError("--new-world goes with --world FILE");
         if (_options.both && (_options.command == Command::scan || _options.command == Command::codec))
             throw UsageError(fmt::format("--both does not go with {}", name));
         return std::move(_options);
+    }
+
+    static bool isSameFile(const std::string& one, const std::string& other)
+    {
+        namespace fs = std::filesystem;
+        std::error_code unknown;
+        const auto whole
+            = [&](const std::string& path) { return fs::weakly_canonical(fs::absolute(path, unknown), unknown); };
+        return !one.empty() && !other.empty() && whole(one) == whole(other);
     }
 
     [[noreturn]] void refuse(const CLI::ParseError& error) const

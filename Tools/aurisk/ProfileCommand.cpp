@@ -218,6 +218,7 @@ void compare(Session& session, const Shared& wanted, const Session::Then& then)
     readProfile(session, { wanted->type }, [=](Session& self, const ProfileValues& values) {
         if (!values.empty() && values.begin()->second == wanted->after)
             return then(self);
+        self.setIfCutShort(nullptr);
         self.fail(fmt::format("{} did not keep what was written for {}", self.name(), profileField(wanted->type).name));
     });
 }

@@ -297,6 +297,9 @@ void Session::finish(ExitCode code)
         return;
     _phase = Phase::undoing;
     _code = code;
+    const auto cutShort = std::exchange(_ifCutShort, nullptr);
+    if (const auto sentence = cutShort && code != ExitCode::done ? cutShort() : ""; !sentence.empty())
+        _output.failure({ .code = code, .sentence = sentence, .name = name() });
     _opened = nullptr;
     _pause = nullptr;
     _batteryRead = nullptr;

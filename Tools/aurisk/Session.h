@@ -87,6 +87,9 @@ public:
     /// Goes on once every device of the run has come as far. Where one of them ends instead, so do all.
     void meet(Then then);
 
+    /// What to say where the session ends before it is done, about what it may have changed by then. Empty: nothing.
+    void setIfCutShort(std::function<std::string()> sentence) { _ifCutShort = std::move(sentence); }
+
     /// Reads the battery level.
     void readBattery(ThenWith<int> then);
 
@@ -165,6 +168,7 @@ private:
     ThenWith<Data> _logFetched;
     Events _events;
     std::vector<AuriskRequest> _undo;
+    std::function<std::string()> _ifCutShort;
     std::optional<Data> _lastReply;
 };
 

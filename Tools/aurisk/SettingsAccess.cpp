@@ -61,12 +61,16 @@ void change(Session& session, const BlockPlace& place, const std::vector<Edit>& 
         for (const auto& edit : edits)
             edit(after);
         const auto changes = differences(before, after);
-        if (changes.empty())
-            return tellChanges(self, place, changes);
         const auto write = [=](Session& again, std::optional<int> running) {
-            writeBlock(again, place, after, running, [=](Session& last) { tellChanges(last, place, changes); });
+            again.meet([=](Session& ready) {
+                if (changes.empty())
+                    return tellChanges(ready, place, changes);
+                ready.setIfCutShort(
+                    [name = ready.name()] { return "whether " + name + " took the change is not known"; });
+                writeBlock(ready, place, after, running, [=](Session& last) { tellChanges(last, place, changes); });
+            });
         };
-        if (place.program)
+        if (place.program && !changes.empty())
             readProgramToRestore(self, write);
         else
             write(self, std::nullopt);

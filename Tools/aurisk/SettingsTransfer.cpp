@@ -146,6 +146,7 @@ void compare(Session& session, const Shared& wanted, const Session::Then& then)
         if (others.empty())
             return then(self);
         const auto& first = others.back();
+        self.setIfCutShort(nullptr);
         self.fail(fmt::format("{} did not keep what was written for {}: {} is {}, not {}", self.name(),
             described(wanted->place), first.place(), first.after, first.before));
     });

@@ -40,6 +40,9 @@ ExitCode runSimulated(const Options& options, Descriptors& descriptors, Output& 
     };
     descriptors.onLost = interrupt;
     asio::signal_set signals(mainQueueContext(), SIGINT, SIGTERM);
+    struct sigaction hangUp { };
+    if (sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler != SIG_IGN) // not under nohup
+        signals.add(SIGHUP);
     signals.async_wait([&](const asio::error_code& cancelled, int) {
         signals.clear(); // a second signal ends the process at once
         if (!cancelled)

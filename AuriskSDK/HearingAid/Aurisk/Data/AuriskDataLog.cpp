@@ -33,7 +33,7 @@ public:
 
     template <typename Record> void read(Record& record)
     {
-        Record::fields.each(record, [this](std::string_view, auto& field) { read(field); });
+        Record::fields.each(record, [this](std::string_view, auto& field) { this->read(field); });
     }
 
 private:
