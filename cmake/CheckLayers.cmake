@@ -10,10 +10,13 @@ set(layers
     "AuriskSDK/Platform/Asio:AuriskSDK/Platform,AuriskSDK/Shared/Utils"
     "AuriskSDK/Platform/Manual:AuriskSDK/Platform,AuriskSDK/Shared/Utils"
     "AuriskSDK/Shared/Accessory:AuriskSDK/Platform,AuriskSDK/Shared/Utils"
+    "AuriskSDK/Shared/Dfu:AuriskSDK/Platform,AuriskSDK/Shared/Utils"
+    # The update over the radio chip tiny600 travels in the frames of the family.
+    "AuriskSDK/Shared/Dfu/Tiny600:AuriskSDK/Platform,AuriskSDK/Shared/Utils,AuriskSDK/Shared/Dfu,AuriskSDK/HearingAid/Aurisk/Data/AuriskRawData.h"
     "AuriskSDK/HearingAid/Aurisk/Data:AuriskSDK/Platform/Data.h,AuriskSDK/Shared/Utils,AuriskSDK/HearingAid/AccessoryOrientation.h,AuriskSDK/HearingAid/Aurisk/Repository"
     "AuriskSDK/HearingAid/Aurisk/Repository:AuriskSDK/Platform/Data.h,AuriskSDK/Shared/Utils"
-    "AuriskSDK/HearingAid/Aurisk/Service:AuriskSDK/Platform,AuriskSDK/Shared/Utils,AuriskSDK/Shared/Accessory,AuriskSDK/HearingAid/Aurisk/Data"
-    "AuriskSDK/HearingAid/Aurisk:AuriskSDK/Platform,AuriskSDK/Shared/Utils,AuriskSDK/Shared/Accessory,AuriskSDK/HearingAid/AccessoryOrientation.h,AuriskSDK/HearingAid/Aurisk/Data,AuriskSDK/HearingAid/Aurisk/Service"
+    "AuriskSDK/HearingAid/Aurisk/Service:AuriskSDK/Platform,AuriskSDK/Shared/Utils,AuriskSDK/Shared/Accessory,AuriskSDK/Shared/Dfu,AuriskSDK/Shared/Dfu/Tiny600,AuriskSDK/HearingAid/Aurisk/Data"
+    "AuriskSDK/HearingAid/Aurisk:AuriskSDK/Platform,AuriskSDK/Shared/Utils,AuriskSDK/Shared/Accessory,AuriskSDK/Shared/Dfu,AuriskSDK/HearingAid/AccessoryOrientation.h,AuriskSDK/HearingAid/Aurisk/Data,AuriskSDK/HearingAid/Aurisk/Service"
     # The selector that the manager starts with knows every family.
     "AuriskSDK/HearingAid:AuriskSDK/Platform,AuriskSDK/Shared/Utils,AuriskSDK/Shared/Accessory,AuriskSDK/HearingAid"
     "Simulator:AuriskSDK/Platform,AuriskSDK/Shared/Utils/AuriskLog.h,AuriskSDK/Shared/Utils/HexToData.h,AuriskSDK/Shared/Utils/Queue.h"

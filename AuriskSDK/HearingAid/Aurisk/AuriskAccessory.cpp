@@ -158,9 +158,33 @@ void AuriskAccessory::readBattery()
         _batteryService->read();
 }
 
+void AuriskAccessory::startOTA(std::shared_ptr<DFUConfigure> configure)
+{
+    if (!_firmwareUpdateService)
+        return;
+    _firmwareUpdateService->start(std::move(configure));
+    if (state() != AccessoryState::connected)
+        _firmwareUpdateService->didDisconnect(std::nullopt);
+}
+
+void AuriskAccessory::stopOTA()
+{
+    if (_firmwareUpdateService)
+        _firmwareUpdateService->abort();
+}
+
+void AuriskAccessory::didDisconnect(const MaybeError& error)
+{
+    const auto self = shared_from_this(); // a delegate may let go of the last reference from outside
+    const auto updating = _firmwareUpdateService;
+    Accessory::didDisconnect(error);
+    if (updating)
+        updating->didDisconnect(error);
+}
+
 std::shared_ptr<AccessoryService> AuriskAccessory::initial(const std::shared_ptr<CBService>& service)
 {
-    static const CBUUID data(0xAE30), battery(0x180F);
+    static const CBUUID data(0xAE30), battery(0x180F), firmwareUpdate(0xAE3A);
     if (service->uuid() == data) {
         _dataService = AuriskDataService::create(service->uuid().uuidString(), peripheral(), service);
         _dataService->setDelegate(self());
@@ -171,6 +195,10 @@ std::shared_ptr<AccessoryService> AuriskAccessory::initial(const std::shared_ptr
         peripheral()->discoverCharacteristics(service);
         _batteryService->setDelegate(self());
         return _batteryService;
+    }
+    if (service->uuid() == firmwareUpdate) {
+        _firmwareUpdateService = AuriskDFUService::create(service->uuid().uuidString(), peripheral(), service);
+        return _firmwareUpdateService;
     }
     return nullptr;
 }

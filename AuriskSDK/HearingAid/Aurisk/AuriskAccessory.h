@@ -8,6 +8,7 @@
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskRequest.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskResult.h"
 #include "AuriskSDK/HearingAid/Aurisk/Service/AuriskBatService.h"
+#include "AuriskSDK/HearingAid/Aurisk/Service/AuriskDFUService.h"
 #include "AuriskSDK/HearingAid/Aurisk/Service/AuriskDataService.h"
 #include "AuriskSDK/Shared/Accessory/Accessory.h"
 
@@ -91,6 +92,7 @@ public:
     // The services of the current connection, none before their discovery; after a disconnection those of the last one.
     const std::shared_ptr<AuriskDataService>& dataService() const { return _dataService; }
     const std::shared_ptr<AuriskBatService>& batteryService() const { return _batteryService; }
+    const std::shared_ptr<AuriskDFUService>& firmwareUpdateService() const { return _firmwareUpdateService; }
 
     /// Sends one request; requests are sent one after another. `complete`, which may be empty, is called once with the
     /// outcome: at once with `disconnected` where the accessory is not connected, with `timeout` where no reply comes
@@ -121,7 +123,17 @@ public:
     /// Asks for the battery level, which arrives as `batteryDidChanged`; nothing before the battery service is known.
     void readBattery();
 
+    /// Begins a firmware update (AuriskDFUService::start). Nothing where the device has no service for it, or where an
+    /// update has been started and not been stopped since, even if it has failed or completed. Should the link go
+    /// before the update has completed, or be gone already, the delegate hears DFUError::receivingNotificationFailed.
+    void startOTA(std::shared_ptr<DFUConfigure> configure);
+
+    /// Ends an update, or clears away one that has failed or completed, so that another one can start. The device is
+    /// not told: it takes the next update as a new one.
+    void stopOTA();
+
     void updateManufacturerData(std::shared_ptr<CBPeripheral> peripheral, DataView mfgData) override;
+    void didDisconnect(const MaybeError& error) override;
 
     // The services tell these.
     void didSendRequest(const AuriskRequest& request) override;
@@ -158,6 +170,7 @@ private:
     bool _hearingSupported = false;
     std::shared_ptr<AuriskDataService> _dataService;
     std::shared_ptr<AuriskBatService> _batteryService;
+    std::shared_ptr<AuriskDFUService> _firmwareUpdateService;
 };
 
 } // namespace aurisk

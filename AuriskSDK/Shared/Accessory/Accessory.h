@@ -125,7 +125,7 @@ public:
     /// Called by the manager when the radio reports what became of the connection.
     void didConnect();
     void didFailToConnect(const MaybeError& error);
-    void didDisconnect(const MaybeError& error);
+    virtual void didDisconnect(const MaybeError& error);
 
     void peripheralDidDiscoverServices(CBPeripheral& peripheral, const MaybeError& error) override;
     void peripheralDidDiscoverCharacteristicsFor(

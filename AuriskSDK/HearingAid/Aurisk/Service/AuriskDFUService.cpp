@@ -1,0 +1,219 @@
+#include "AuriskSDK/HearingAid/Aurisk/Service/AuriskDFUService.h"
+
+#include "AuriskSDK/Shared/Utils/AuriskLog.h"
+#include "AuriskSDK/Shared/Utils/Precondition.h"
+
+#include <functional>
+
+namespace aurisk {
+
+namespace {
+
+std::shared_ptr<CBCharacteristic> find(
+    const std::vector<std::shared_ptr<CBCharacteristic>>& characteristics, std::uint16_t uuid)
+{
+    for (const auto& characteristic : characteristics)
+        if (characteristic->uuid() == CBUUID(uuid))
+            return characteristic;
+    return nullptr;
+}
+
+/// None where one of the two characteristics is missing.
+std::shared_ptr<Tiny600DFUPacket> packetLayer(const std::vector<std::shared_ptr<CBCharacteristic>>& characteristics)
+{
+    const auto controlPoint = find(characteristics, 0xAE3B);
+    const auto answers = find(characteristics, 0xAE3C);
+    return controlPoint && answers ? Tiny600DFUPacket::create(controlPoint, answers) : nullptr;
+}
+
+bool hasNeededProperties(const Tiny600DFUPacket& packets)
+{
+    using Properties = CBCharacteristicProperties;
+    return contains(packets.writeCharacteristic()->properties(), Properties::writeWithoutResponse)
+        && contains(packets.notifyCharacteristic()->properties(), Properties::notify);
+}
+
+} // namespace
+
+std::shared_ptr<AuriskDFUService> AuriskDFUService::create(
+    std::string tag, std::shared_ptr<CBPeripheral> peripheral, std::shared_ptr<CBService> service)
+{
+    auto made = std::make_shared<AuriskDFUService>(Key{}, std::move(tag), std::move(peripheral), std::move(service));
+    made->peripheral()->discoverCharacteristics(made->service());
+    return made;
+}
+
+// The chain
+
+void AuriskDFUService::start(std::shared_ptr<DFUConfigure> configure)
+{
+    expectMainQueue();
+    if (!_aborted)
+        return;
+    precondition(configure && configure->file, "an update needs a configuration with a firmware image");
+    Tiny600DFUPacket::expectSendable(*configure->file);
+    _firmware = configure->file;
+    _progressDelegate = configure->progressDelegate.lock();
+    _configure = std::move(configure);
+    _aborted = false;
+    _isUnderWay = true;
+    ++_update;
+    if (_dfuPacketCharacteristic)
+        return enableControlPoint();
+
+    _success = next(&AuriskDFUService::enableControlPoint);
+    _report = failure();
+    if (!service()->peripheral())
+        return fail(DFUError::initFailure, "Assert service.peripheral != nil failed");
+    log("Discovering characteristics in DFU Service...");
+    peripheral()->discoverCharacteristics(service());
+}
+
+void AuriskDFUService::enableControlPoint()
+{
+    if (!hasNeededProperties(*_dfuPacketCharacteristic)) {
+        log("DFU Control Point characteristic must have Write and Notify properties");
+        return fail(DFUError::requiredCharacteristicsMissing,
+            "DFU Control Point characteristic does not have the Write and Notify properties");
+    }
+    tell(DFUState::starting);
+    _dfuPacketCharacteristic->enableNotifications(next(&AuriskDFUService::sendStart), failure());
+}
+
+void AuriskDFUService::sendStart()
+{
+    tell(DFUState::enablingDfuMode);
+    _dfuPacketCharacteristic->sendStartDfu(*_firmware, next(&AuriskDFUService::upload), failure());
+}
+
+/// Again with every packet that the device has taken.
+void AuriskDFUService::upload()
+{
+    tell(DFUState::uploading);
+    _dfuPacketCharacteristic->sendNext(*_firmware, _progressDelegate, _configure->progressDelegateQueue,
+        next(&AuriskDFUService::validate), next(&AuriskDFUService::upload), failure());
+}
+
+void AuriskDFUService::validate()
+{
+    tell(DFUState::validating);
+    _dfuPacketCharacteristic->sendValidateData(
+        *_firmware, next(&AuriskDFUService::completed), next(&AuriskDFUService::validated), failure());
+}
+
+void AuriskDFUService::validated() { tell(DFUState::validated); }
+
+void AuriskDFUService::completed()
+{
+    _isUnderWay = false;
+    tell(DFUState::completed);
+}
+
+bool AuriskDFUService::abort()
+{
+    expectMainQueue();
+    _aborted = true;
+    _isUnderWay = false;
+    if (_report && _firmware) {
+        _firmware = nullptr;
+        _success = nullptr;
+        _report = nullptr;
+        _progressDelegate = nullptr;
+        _configure = nullptr;
+        if (_dfuPacketCharacteristic)
+            _dfuPacketCharacteristic->reset();
+    }
+    tell(DFUState::aborted);
+    return _aborted;
+}
+
+/// `step` of the update that runs now. It does nothing once the service has gone, the update has been given up, or
+/// another one has begun.
+template <typename Step> std::function<void()> AuriskDFUService::next(Step step)
+{
+    return [weak = std::weak_ptr(self()), update = _update, step] {
+        if (const auto self = weak.lock(); self && self->_update == update && self->_firmware)
+            std::invoke(step, *self);
+    };
+}
+
+AuriskDFUService::Report AuriskDFUService::failure()
+{
+    return [weak = std::weak_ptr(self()), update = _update](DFUError error, const std::string& message) {
+        if (const auto self = weak.lock(); self && self->_update == update)
+            self->fail(error, message);
+    };
+}
+
+std::shared_ptr<AuriskDFUService> AuriskDFUService::self()
+{
+    return std::static_pointer_cast<AuriskDFUService>(shared_from_this());
+}
+
+/// Deliberately, only `abort` makes way for another update: whoever hears of this one may do so at once.
+void AuriskDFUService::fail(DFUError error, const std::string& message)
+{
+    _aborted = false;
+    if (const auto delegate = _configure ? _configure->delegate.lock() : nullptr)
+        delegate->dfuError(error, message);
+}
+
+void AuriskDFUService::tell(DFUState state) const
+{
+    if (!_configure || _configure->delegate.expired())
+        return;
+    _configure->delegateQueue.async([weak = _configure->delegate, state] {
+        if (const auto delegate = weak.lock())
+            delegate->dfuStateDidChange(state);
+    });
+}
+
+// The radio
+
+void AuriskDFUService::didDisconnect(const MaybeError&)
+{
+    const bool isDecided = _dfuPacketCharacteristic && _dfuPacketCharacteristic->isOutcomePending();
+    if (isDecided || !std::exchange(_isUnderWay, false)) // what has been decided is told in a moment
+        return;
+    fail(DFUError::receivingNotificationFailed, "Receiving notification failed");
+}
+
+void AuriskDFUService::didDiscoverCharacteristics(
+    const std::vector<std::shared_ptr<CBCharacteristic>>& characteristics, const MaybeError& error)
+{
+    // What is known stays, also where the same question is answered twice: an update may be running on it.
+    if (!error && !_dfuPacketCharacteristic)
+        _dfuPacketCharacteristic = packetLayer(characteristics);
+
+    const auto onward = std::exchange(_success, nullptr);
+    const auto report = std::exchange(_report, nullptr);
+    if (!onward)
+        return;
+    if (error) {
+        log("Characteristics discovery failed");
+        AuriskLog::e(*error);
+        return report(DFUError::characteristicsDiscoveryFailed, "Characteristics discovery failed");
+    }
+    log("DFU characteristics discovered");
+    if (_dfuPacketCharacteristic)
+        return onward();
+    log("DFU Control Point characteristic not found");
+    report(DFUError::requiredCharacteristicsMissing,
+        "DFU packet characteristics does not have the Write and Notify properties");
+}
+
+void AuriskDFUService::didUpdateNotificationStateForCharacteristic(
+    const std::shared_ptr<CBCharacteristic>& characteristic, const MaybeError& error)
+{
+    if (!_aborted && _dfuPacketCharacteristic)
+        _dfuPacketCharacteristic->peripheralDidUpdateNotificationStateFor(*peripheral(), characteristic, error);
+}
+
+void AuriskDFUService::didUpdateValueForCharacteristic(
+    const std::shared_ptr<CBCharacteristic>& characteristic, CBPeripheral& peripheral, const MaybeError& error)
+{
+    if (!_aborted && _dfuPacketCharacteristic)
+        _dfuPacketCharacteristic->peripheralDidUpdateValueFor(peripheral, characteristic, error);
+}
+
+} // namespace aurisk
