@@ -19,10 +19,20 @@ using NamedByte = Named<std::uint8_t>;
 constexpr std::array chips = { NamedByte{ 0x00, "a4" }, NamedByte{ 0x01, "h01" }, NamedByte{ 0x06, "a16" } };
 constexpr std::array radioChips = { NamedByte{ 7, "u87" }, NamedByte{ 8, "tiny600" } };
 constexpr std::array ears = { Named<bool>{ false, "left" }, Named<bool>{ true, "right" } };
+constexpr std::array firmwareFailures = {
+    Named<FirmwareFailure>{ FirmwareFailure::none, "none" },
+    Named<FirmwareFailure>{ FirmwareFailure::init, "init" },
+    Named<FirmwareFailure>{ FirmwareFailure::space, "space" },
+    Named<FirmwareFailure>{ FirmwareFailure::sequence, "sequence" },
+    Named<FirmwareFailure>{ FirmwareFailure::crc, "crc" },
+    Named<FirmwareFailure>{ FirmwareFailure::boot, "boot" },
+    Named<FirmwareFailure>{ FirmwareFailure::bootError, "bootError" },
+};
 
 constexpr std::size_t mostPrograms = 15; ///< a request names one in four bits, counted from 1
 constexpr std::int64_t largestFrequency = 0xFFFF;
 constexpr std::int64_t largestWord = std::numeric_limits<std::uint32_t>::max();
+constexpr std::int64_t mostPackets = std::numeric_limits<int>::max();
 
 /// Each member of a state with its key and its range: reading and writing both follow this list.
 struct Members {
@@ -52,6 +62,16 @@ struct Members {
         visit.bytes("loopGains", usage.loopGains);
     }
 
+    template <typename Visitor, typename Firmware> static void ofFirmware(Visitor& visit, Firmware& firmware)
+    {
+        visit.number("diskSize", firmware.diskSize, largestWord);
+        visit.choice("fails", firmware.fails, firmwareFailures);
+        visit.number("failsAt", firmware.failsAt, mostPackets, 1);
+        visit.bytes("image", firmware.image);
+        visit.number("imageType", firmware.imageType, 2);
+        visit.number("updates", firmware.updates, mostCounted);
+    }
+
     template <typename Visitor, typename State> static void ofState(Visitor& visit, State& state)
     {
         visit.text("name", state.name);
@@ -66,7 +86,7 @@ struct Members {
         visit.number("transparencyLevel", state.transparencyLevel, 0xFF);
         visit.flag("brEdrEnabled", state.brEdrEnabled);
         visit.flag("brEdrContinuous", state.brEdrContinuous);
-        visit.ear("ear", state.isRight);
+        visit.choice("ear", state.isRight, ears);
         visit.flag("locked", state.locked);
         visit.flag("finding", state.finding);
         visit.flag("inHearingMode", state.inHearingMode);
@@ -81,6 +101,7 @@ struct Members {
         visit.bytes("globalBlock", state.globalBlock);
         visit.profile("profile", state.profile);
         visit.group("usage", state.usage, [](auto& inner, auto& usage) { ofUsage(inner, usage); });
+        visit.group("firmware", state.firmware, [](auto& inner, auto& firmware) { ofFirmware(inner, firmware); });
     }
 };
 
@@ -91,7 +112,11 @@ struct Reading {
 
     void text(std::string_view key, std::string& value) { value = reader.text(key); }
     void flag(std::string_view key, bool& value) { value = reader.boolean(key, value); }
-    void ear(std::string_view key, bool& isRight) { isRight = reader.choice<bool>(key, isRight, ears); }
+
+    template <typename Value> void choice(std::string_view key, Value& value, const auto& names)
+    {
+        value = reader.choice<Value>(key, value, names);
+    }
 
     template <typename List> void numbers(std::string_view key, List& value, std::int64_t high)
     {
@@ -136,9 +161,9 @@ struct Reading {
             number(key, value, high);
     }
 
-    template <typename Number> void number(std::string_view key, Number& value, std::int64_t high)
+    template <typename Number> void number(std::string_view key, Number& value, std::int64_t high, std::int64_t low = 0)
     {
-        value = Number(reader.integer(key, value, 0, high));
+        value = Number(reader.integer(key, value, low, high));
     }
 
     template <typename Number> void number(std::string_view key, std::optional<Number>& value, std::int64_t high)
@@ -168,7 +193,10 @@ struct Writing {
 
     void text(const char* key, const std::string& value) { object[key] = value; }
     void flag(const char* key, bool value) { object[key] = value; }
-    void ear(const char* key, bool isRight) { object[key] = nameOf<bool>(isRight, ears); }
+    template <typename Value> void choice(const char* key, Value value, const auto& names)
+    {
+        object[key] = nameOf<Value>(value, names);
+    }
     void numbers(const char* key, const auto& value, std::int64_t) { object[key] = value; }
 
     void bytes(const char* key, const Data& value)
@@ -206,7 +234,7 @@ struct Writing {
             object[key] = value;
     }
 
-    void number(const char* key, std::int64_t value, std::int64_t) { object[key] = value; }
+    void number(const char* key, std::int64_t value, std::int64_t, std::int64_t = 0) { object[key] = value; }
 
     template <typename Number> void number(const char* key, const std::optional<Number>& value, std::int64_t)
     {
@@ -273,6 +301,8 @@ AuriskAidState auriskAidStateFromJson(const nlohmann::json& value, const std::st
         failAt(place + ".program", fmt::format("{} is outside 0 to {}", state.program, programs - 1));
     refuseBrokenRecords(state.usage.userEvents, userEventSize, mostUserEventBytes, place + ".usage.userEvents");
     refuseBrokenRecords(state.usage.loopGains, loopGainSize, mostLoopGainBytes, place + ".usage.loopGains");
+    if (state.firmware.image.empty() == state.firmware.imageType.has_value())
+        failAt(place + ".firmware", "must have both image and imageType, or neither");
     completeMemory(state, place);
     return state;
 }

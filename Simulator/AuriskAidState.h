@@ -2,6 +2,7 @@
 
 #include "AuriskSDK/Platform/Data.h"
 #include "Simulator/AuriskUsage.h"
+#include "Simulator/FirmwareAcceptor.h"
 #include "Simulator/SimulatedWorldError.h"
 
 #include <cstdint>
@@ -71,6 +72,7 @@ struct AuriskAidState {
     Data globalBlock = {};
     std::map<std::uint8_t, Data> profile = {}; ///< by the number of the field
     AuriskUsage usage = {};
+    AuriskFirmware firmware = {};
 
     friend bool operator==(const AuriskAidState&, const AuriskAidState&) = default;
 };

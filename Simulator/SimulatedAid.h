@@ -96,6 +96,9 @@ public:
     /// Set by the link: carries a notification away.
     std::function<void(const CBUUID& characteristic, Data value)> notify;
 
+    /// Set by the link: the aid starts anew. Its link goes soon, and for a while it is off the air.
+    std::function<void()> restart;
+
 protected:
     /// Notifies `value`, if somebody has subscribed to it.
     void send(const CBUUID& characteristic, Data value) const;

@@ -4,6 +4,8 @@
 #include "Simulator/AidFrame.h"
 #include "Simulator/AuriskAidMemory.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <utility>
@@ -14,6 +16,7 @@ namespace {
 
 const CBUUID dataService(0xAE30), requests(0xAE01), replies(0xAE02);
 const CBUUID batteryService(0x180F), batteryLevel(0x2A19);
+const CBUUID updateService(0xAE3A), updateRequests(0xAE3B), updateAnswers(0xAE3C);
 
 constexpr std::uint8_t reading = 0x11, writing = 0x14, controlling = 0x1C, auxiliary = 0x1D, shipping = 0xCC;
 constexpr std::uint8_t block = 0x03, volumes = 0x04, ear = 0x05, logBlock = 0x06, profileField = 0x08;
@@ -107,6 +110,8 @@ std::vector<SimulatedService> SimulatedAuriskAid::gattTable() const
         { dataService,
             { { requests, Properties::write | Properties::writeWithoutResponse }, { replies, Properties::notify } } },
         { batteryService, { { batteryLevel, Properties::read | Properties::notify } } },
+        { updateService,
+            { { updateRequests, Properties::writeWithoutResponse }, { updateAnswers, Properties::notify } } },
     };
 }
 
@@ -117,22 +122,43 @@ std::optional<Data> SimulatedAuriskAid::read(const CBUUID& characteristic) const
     return std::nullopt;
 }
 
+void SimulatedAuriskAid::didDisconnect()
+{
+    SimulatedAid::didDisconnect();
+    _acceptor = {};
+    _isRestarting = false;
+}
+
+std::optional<AidFrame> SimulatedAuriskAid::heard(DataView value) const
+{
+    return _isRestarting ? std::nullopt : AidFrame::parse(value);
+}
+
 void SimulatedAuriskAid::didReceive(const CBUUID& characteristic, DataView value)
 {
-    const auto request = characteristic == requests ? AidFrame::parse(value) : std::nullopt;
-    if (!request)
-        return;
-    if (request->command != reading)
-        catchUp();
-    const auto answered = request->hasIdentifiers() ? answer(*request) : std::nullopt;
-    if (!request->hasIdentifiers() || !wantsNoAnswer(*request))
-        reply(*request, answered);
+    const auto request = heard(value);
+    if (request && characteristic == requests)
+        answerRequest(*request);
+    else if (request && characteristic == updateRequests)
+        update(_acceptor.didReceive(*request, _state.firmware));
 }
 
 void SimulatedAuriskAid::refuse(const CBUUID& characteristic, DataView value)
 {
-    if (const auto request = characteristic == requests ? AidFrame::parse(value) : std::nullopt)
+    const auto request = heard(value);
+    if (request && characteristic == requests)
         reply(*request, std::nullopt);
+    else if (request && characteristic == updateRequests)
+        update(_acceptor.refuse(*request));
+}
+
+void SimulatedAuriskAid::answerRequest(const AidFrame& request)
+{
+    if (request.command != reading)
+        catchUp();
+    const auto answered = request.hasIdentifiers() ? answer(request) : std::nullopt;
+    if (!request.hasIdentifiers() || !wantsNoAnswer(request))
+        reply(request, answered);
 }
 
 void SimulatedAuriskAid::reply(const AidFrame& request, const Answer& answer) const
@@ -313,7 +339,34 @@ void SimulatedAuriskAid::resetToFactory()
     fresh.battery = _state.battery;
     fresh.profile = std::move(_state.profile);
     fresh.usage = std::move(_state.usage);
-    _state = completed(fresh);
+    fresh.firmware = std::move(_state.firmware);
+    _state = completed(std::move(fresh));
+}
+
+void SimulatedAuriskAid::update(FirmwareAcceptor::Reaction reaction)
+{
+    for (auto& value : reaction.answers)
+        send(updateAnswers, std::move(value));
+    if (reaction.accepted)
+        install(*std::move(reaction.accepted));
+}
+
+/// Nobody can read the new version before it runs, as the aid is deaf until then.
+void SimulatedAuriskAid::install(FirmwareAcceptor::Image image)
+{
+    constexpr std::uint8_t productSoft = 0x03, bluetoothSoft = 0x12, ota = 0x20;
+    constexpr std::array versions = { productSoft, bluetoothSoft, ota };
+    const auto version = versionOf(image.bytes);
+    auto& firmware = _state.firmware;
+
+    catchUp();
+    _state.profile[versions.at(std::size_t(image.type))].assign(version.begin(), version.end());
+    firmware.image = std::move(image.bytes);
+    firmware.imageType = image.type;
+    firmware.updates = std::min(firmware.updates + 1, mostCounted);
+    _isRestarting = true;
+    if (restart)
+        restart();
 }
 
 bool SimulatedAuriskAid::accepts(const WearerAction& action) const

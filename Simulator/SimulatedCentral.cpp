@@ -80,7 +80,7 @@ void SimulatedCentral::hear(std::size_t index)
     if (!_air->isOn())
         return;
     scheduleAdvertisement(index, link->placed().advertisingInterval);
-    if (link->isUp() || !link->aid().isOnAir())
+    if (link->isUp() || !link->isAudible())
         return;
     if (!_reported.insert(index).second && !_allowDuplicates)
         return;

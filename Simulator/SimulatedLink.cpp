@@ -9,6 +9,9 @@ namespace {
 
 constexpr Seconds retryInterval{ 1 };
 
+/// An aid that starts anew keeps its link for a moment, and is off the air for a while then.
+constexpr Seconds untilRestart{ 0.3 }, restartTime{ 1 };
+
 } // namespace
 
 /// What the faults make of one message.
@@ -52,6 +55,10 @@ std::shared_ptr<SimulatedLink> SimulatedLink::create(
         if (const auto self = weak.lock())
             self->notifyHost(characteristic, std::move(value));
     };
+    link->aid().restart = [weak = link->weak_from_this()] {
+        if (const auto self = weak.lock())
+            self->restartAid();
+    };
     link->aid().keepTime([&queue] { return queue.now(); });
     return link;
 }
@@ -67,6 +74,7 @@ SimulatedLink::~SimulatedLink()
 {
     release();
     aid().notify = nullptr;
+    aid().restart = nullptr;
     aid().keepTime(nullptr);
 }
 
@@ -84,7 +92,7 @@ void SimulatedLink::connect(const std::shared_ptr<SimulatedLinkHost>& host)
 
 void SimulatedLink::connectNext()
 {
-    if (!aid().isOnAir() || _placed.faults.ignoresConnections)
+    if (!isAudible() || _placed.faults.ignoresConnections)
         return;
     while (_host.expired() && !_waiting.empty()) {
         _host = _waiting.front();
@@ -96,7 +104,7 @@ void SimulatedLink::connectNext()
 
 void SimulatedLink::didHearAttempt()
 {
-    if (!aid().isOnAir() || _placed.faults.ignoresConnections) {
+    if (!isAudible() || _placed.faults.ignoresConnections) {
         _waiting.insert(_waiting.begin(), std::exchange(_host, {}));
         return;
     }
@@ -185,6 +193,19 @@ void SimulatedLink::aidDidChange()
         connectNext();
     else if (_isUp)
         carry([this] { lose(); }); // after what it said before it went
+}
+
+/// Where the link goes by itself before its moment is over, the aid is off the air for that longer.
+void SimulatedLink::restartAid()
+{
+    _isRestarting = true;
+    _queue.asyncAfter(untilRestart, ofThisConnection([this] { carry([this] { lose(); }); }));
+    _queue.asyncAfter(untilRestart + restartTime, [weak = weak_from_this()] {
+        if (const auto self = weak.lock()) {
+            self->_isRestarting = false;
+            self->connectNext();
+        }
+    });
 }
 
 void SimulatedLink::notifyHost(const CBUUID& characteristic, Data value)

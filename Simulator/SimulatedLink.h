@@ -64,6 +64,9 @@ public:
     /// Whether the aid has a link, of which the host may not have heard yet.
     bool isUp() const { return _isUp; }
 
+    /// Whether the aid can be heard: it is on the air, and does not start anew.
+    bool isAudible() const { return aid().isOnAir() && !_isRestarting; }
+
     /// Tries to connect `host`, after those who asked before it.
     void connect(const std::shared_ptr<SimulatedLinkHost>& host);
 
@@ -107,6 +110,7 @@ private:
     void arrive(const Fate& fate, const Data& value, const Arrival& arrival);
     void lose();
     void release();
+    void restartAid();
     Work ofThisConnection(Work work);
 
     DispatchQueue& _queue;
@@ -115,6 +119,7 @@ private:
     std::vector<std::weak_ptr<SimulatedLinkHost>> _waiting;
     std::weak_ptr<SimulatedLinkHost> _host; ///< has the link, or the attempt
     bool _isUp = false;
+    bool _isRestarting = false; ///< the aid does; the link that it has stays up for a moment
     int _connection = 0; ///< counts how often one has ended: what is under way belongs to one
     Queue<UnderWay> _underWay;
     int _messageCount = 0;

@@ -17,7 +17,8 @@ struct SimulatedAir;
 /// thread that runs its queue.
 ///
 /// Aids advertise only to a scan, and there is no timer where nobody scans. An aid that is connected, or off the air,
-/// does not advertise. An attempt to connect to one that is off the air waits until it is back.
+/// does not advertise. An attempt to connect to one that is off the air waits until it is back. An aid that starts anew
+/// loses its link 0.3 s later and is off the air for the second after that.
 ///
 /// The operations below that name an aid throw std::out_of_range where the world has none of that name.
 class SimulatedRadio final : public BluetoothPlatform {

@@ -155,7 +155,7 @@ TEST_F(ALink, DeliversWhatCameBeforeItWentAndNothingAfter)
 /// subscription 4, write 5 with its confirmation 6.
 TEST_F(ALink, SpoilsAnswersThatCarryNoValue)
 {
-    const Lines whole = { "connected X1-L", "services AE30 180F", "characteristics of AE30: AE01/12 AE02/16",
+    const Lines whole = { "connected X1-L", "services AE30 180F AE3A", "characteristics of AE30: AE01/12 AE02/16",
         "subscribed AE02", "written AE01" };
     const Lines refused = { "failed X1-L, simulated 3", "services, simulated 4",
         "characteristics of AE30:, simulated 4", "subscribed AE02, simulated 4", "written AE01, simulated 4" };
@@ -171,7 +171,7 @@ TEST_F(ALink, SpoilsAnswersThatCarryNoValue)
             recorder->onLine = [this](const std::string& line) { // each step follows the one before it
                 if (line == "connected X1-L")
                     left->discoverServices();
-                else if (line == "services AE30 180F")
+                else if (line == "services AE30 180F AE3A")
                     left->discoverCharacteristics(left->services().front());
                 else if (line == "characteristics of AE30: AE01/12 AE02/16")
                     left->setNotifyValue(true, characteristic(0, 1));

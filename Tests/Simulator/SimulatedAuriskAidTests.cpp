@@ -195,6 +195,110 @@ TEST_F(AnAuriskAid, AdvertisesItsAddressAndChips)
     EXPECT_EQ(aid.identifier().uuidString().substr(24), "0A1B2C3D4E5F");
 }
 
+/// Takes updates; somebody counts how often it starts anew.
+struct AnUpdatedAid : AnAuriskAid {
+    AnUpdatedAid()
+    {
+        aid.restart = [this] { ++restarts; };
+        aid.didSubscribe(updateAnswers, true);
+    }
+
+    std::vector<std::string> answersTo(int opcode, const std::string& payload, int first = 0x91)
+    {
+        said.clear();
+        aid.didReceive(
+            updateRequests, *ask_hexadecimal(framed({ 0x1D, int(payload.size() / 2) + 2, first, opcode }, payload)));
+        return said;
+    }
+
+    void connectAgain()
+    {
+        aid.didDisconnect();
+        aid.didConnect();
+        aid.didSubscribe(replies, true);
+        aid.didSubscribe(updateAnswers, true);
+    }
+
+    const CBUUID updateRequests{ 0xAE3B }, updateAnswers{ 0xAE3C };
+    int restarts = 0;
+};
+
+TEST_F(AnUpdatedAid, InstallsTheImageThatItTookAndIsDeafUntilItsLinkHasGone)
+{
+    struct Row {
+        int type;
+        std::string start, data;
+        std::vector<std::string> profile; ///< productSoft, bluetoothSoft and ota afterwards
+    };
+    const std::string ofCrc = "302e34392e313935", ofText = "39"; // 0.49.195 and 9
+    const std::string startOfNine = "09000000c33100000900", nine = "313233343536373839";
+    const std::string startOfText = "0a000000484800000a00", text = "76657273696f6e20390a";
+    const Row rows[] = {
+        { 0, startOfNine, nine, { ofCrc, "332e302e34", "312e31" } },
+        { 1, startOfText, text, { ofCrc, ofText, "312e31" } },
+        { 2, startOfNine, nine, { ofCrc, ofText, ofCrc } },
+    };
+    for (const auto& row : rows) {
+        const auto first = 0x91 + row.type;
+        EXPECT_EQ(answersTo(1, row.start, first).size(), 2u);
+        EXPECT_EQ(answersTo(2, "0100" + row.data, first).size(), 1u);
+        EXPECT_EQ(restarts, row.type);
+        EXPECT_THAT(answersTo(3, "", first),
+            ElementsAre(
+                "AE3C 00" + framed({ 0x9D, 3, first, 3 }, "17"), "AE3C 00" + framed({ 0x9D, 3, first, 3 }, "19")));
+        EXPECT_EQ(restarts, row.type + 1);
+        EXPECT_EQ(ask_hexadecimal(aid.firmwareImage()), row.data);
+        EXPECT_EQ(aid.state().firmware.imageType, row.type);
+        EXPECT_EQ(aid.state().firmware.updates, row.type + 1);
+
+        EXPECT_EQ(readField(0x03), "") << "it does not hear";
+        aid.refuse(requests, *ask_hexadecimal("fe68110201048016"));
+        EXPECT_THAT(answersTo(1, row.start), IsEmpty());
+        connectAgain();
+        EXPECT_EQ(readField(0x03), "91 " + row.profile[0]);
+        EXPECT_EQ(readField(0x12), "91 " + row.profile[1]);
+        EXPECT_EQ(readField(0x20), "91 " + row.profile[2]);
+    }
+    const auto firmware = aid.state().firmware;
+    EXPECT_EQ(ask(0x1D, 0x82, 0x00), "9d"); // factory reset
+    EXPECT_TRUE(aid.state().firmware == firmware);
+    EXPECT_EQ(readField(0x03), "91 " + ofCrc);
+}
+
+TEST_F(AnUpdatedAid, KeepsWhatItHasWhereAnUpdateFails)
+{
+    auto state = aid.state();
+    state.firmware.fails = FirmwareFailure::boot;
+    aid.setState(state);
+    EXPECT_EQ(answersTo(1, "09000000c33100000900").size(), 2u);
+    EXPECT_EQ(answersTo(2, "0100313233343536373839").size(), 1u);
+    EXPECT_THAT(answersTo(3, ""), ElementsAre("AE3C 00fe689d03910317b316", "AE3C 00fe689d0391031ab616"));
+    EXPECT_TRUE(aid.state() == state);
+    EXPECT_EQ(restarts, 0);
+    EXPECT_EQ(readField(0x03), "91 322e332e31") << "it still hears, and has 2.3.1";
+}
+
+TEST_F(AnUpdatedAid, ForgetsAnUpdateWhenItsLinkEndsOrAFrameIsRefused)
+{
+    EXPECT_EQ(answersTo(1, "09000000c33100000400").size(), 2u);
+    EXPECT_THAT(answersTo(2, "010031323334"), ElementsAre("AE3C 00fe689d03910215b016"));
+    connectAgain();
+    EXPECT_THAT(answersTo(2, "020035363738"), ElementsAre("AE3C 00fe689d03910216b116"));
+
+    EXPECT_EQ(answersTo(1, "09000000c33100000400").size(), 2u);
+    said.clear();
+    aid.refuse(updateRequests, *ask_hexadecimal("fe681d089102010031323334eb16"));
+    EXPECT_THAT(said, ElementsAre("AE3C 00fe689d03910216b116"));
+    EXPECT_THAT(answersTo(2, "010031323334"), ElementsAre("AE3C 00fe689d03910216b116"));
+    said.clear();
+    aid.didReceive(requests, *ask_hexadecimal("fe681d0c910109000000c331000004002416"));
+    EXPECT_THAT(said, ElementsAre("AE02 00fe68dd029101d916")) << "a start belongs to AE3B";
+    said.clear();
+    for (const auto* value : { "", "fe681d0291031c16" }) // nothing, and a checksum off by one
+        aid.didReceive(updateRequests, ask_hexadecimal(value).value_or(Data{}));
+    EXPECT_THAT(said, IsEmpty());
+}
+
 TEST(WearerActions, AreReadAsTheyArePrinted)
 {
     EXPECT_EQ(WearerAction::fromString("volume 5"), (WearerAction{ "volume", 5 }));

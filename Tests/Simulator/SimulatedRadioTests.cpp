@@ -1,5 +1,7 @@
 #include "Tests/Simulator/RadioRecorder.h"
 
+#include <nlohmann/json.hpp>
+
 namespace aurisk::simulatortests {
 namespace {
 
@@ -67,11 +69,12 @@ TEST_F(ARadio, CarriesAConnectionFromDiscoveryToItsEnd)
     EXPECT_TRUE(radio().isConnected("X1-L"));
 
     left->discoverServices();
-    EXPECT_THAT(within(1s), ElementsAre("services AE30 180F"));
+    EXPECT_THAT(within(1s), ElementsAre("services AE30 180F AE3A"));
     for (const auto& service : left->services())
         left->discoverCharacteristics(service);
-    EXPECT_THAT(
-        within(1s), ElementsAre("characteristics of AE30: AE01/12 AE02/16", "characteristics of 180F: 2A19/18"));
+    EXPECT_THAT(within(1s),
+        ElementsAre("characteristics of AE30: AE01/12 AE02/16", "characteristics of 180F: 2A19/18",
+            "characteristics of AE3A: AE3B/4 AE3C/16"));
     left->setNotifyValue(true, characteristic(1, 0));
     radio().perform("X1-L", { "battery", 66 }); // before the aid has heard of the subscription
     EXPECT_THAT(within(1s), ElementsAre("subscribed 2A19"));
@@ -321,6 +324,152 @@ TEST_F(ARadio, LetsADelegateDoWhateverItLikesInACallback)
     write(readVolume2);
     EXPECT_THAT(within(1s), ElementsAre(volume1Is10));
     EXPECT_EQ(radio().linkCount(), 0);
+}
+
+/// X1-L has taken an image, all but the last frame of its update; nobody hears X1-R. An aid says that it boots 10 ms
+/// after that frame was written, loses its link 300 ms later, and is off the air until 1305 ms after the frame.
+struct AnUpdate : ARadio {
+    void givenATakenImage()
+    {
+        givenASubscribedAid();
+        radio().perform("X1-R", { "power", 0 });
+        left->discoverCharacteristics(left->services().at(2));
+        queue.advance(10ms);
+        left->setNotifyValue(true, characteristic(2, 1));
+        queue.advance(10ms);
+        recorder->take();
+        writeUpdate("fe681d0c910109000000c331000009002916"); // message 8
+        writeUpdate("fe681d0d910201003132333435363738390316"); // message 9
+        EXPECT_THAT(within(1s),
+            ElementsAre("value AE3C 00fe689d03910111ab16", "value AE3C 00fe689d03910113ad16",
+                "value AE3C 00fe689d03910215b016"));
+    }
+
+    void writeUpdate(const char* frame)
+    {
+        left->writeValue(*ask_hexadecimal(frame), characteristic(2, 0), withoutResponse);
+    }
+
+    void givenAnAidThatBoots()
+    {
+        givenATakenImage();
+        writeUpdate(validate);
+        EXPECT_THAT(within(10ms), ElementsAre(crcIsRight, boots));
+    }
+
+    std::string productSoft()
+    {
+        const auto version = aid().profile.at(0x03);
+        return { version.begin(), version.end() };
+    }
+
+    static constexpr auto validate = "fe681d0291031b16";
+    static constexpr auto crcIsRight = "value AE3C 00fe689d03910317b316", boots = "value AE3C 00fe689d03910319b516";
+    static constexpr auto lost = "disconnected X1-L, simulated 1";
+};
+
+TEST_F(AnUpdate, EndsTheLinkAndHasTheAidBackASecondLater)
+{
+    givenAnAidThatBoots();
+    central->scanForPeripherals({ .allowDuplicates = true });
+    write(readVolume1); // to an aid that does not hear
+    EXPECT_THAT(within(299ms), IsEmpty());
+    EXPECT_THAT(within(2ms), ElementsAre(lost));
+    EXPECT_EQ(productSoft(), "0.49.195");
+    EXPECT_THAT(within(990ms), IsEmpty());
+    EXPECT_THAT(within(210ms), ElementsAre("found X1-L -50"));
+    central->stopScan();
+    connect();
+    EXPECT_THAT(within(10s), IsEmpty());
+    EXPECT_EQ(left->state(), CBPeripheralState::connected);
+    EXPECT_EQ(queue.clock()->pendingCount(), 0u);
+}
+
+TEST_F(AnUpdate, LetsAnAttemptWaitUntilTheAidIsBack)
+{
+    for (const auto linkGoesAfter : { 50ms, 310ms, 1000ms }) { // by itself; 310 is when the restart ends it
+        SCOPED_TRACE(linkGoesAfter.count());
+        simulator = Simulator::create(world(), queue);
+        central = makeCentral();
+        givenAnAidThatBoots();
+        queue.advance(linkGoesAfter - 10ms);
+        radio().dropLink("X1-L");
+        queue.advance(1ms);
+        EXPECT_THAT(recorder->take(), ElementsAre(lost)) << "once, whatever ended it";
+        central->connectPeripheral(left);
+        EXPECT_THAT(within(1313ms - linkGoesAfter), IsEmpty());
+        EXPECT_THAT(within(2ms), ElementsAre("connected X1-L"));
+        EXPECT_EQ(productSoft(), "0.49.195");
+
+        left->discoverServices();
+        queue.advance(10ms);
+        left->discoverCharacteristics(left->services().front());
+        queue.advance(10ms);
+        request = characteristic(0, 0);
+        left->setNotifyValue(true, characteristic(0, 1));
+        queue.advance(10ms);
+        recorder->take();
+        write(readVolume1);
+        EXPECT_THAT(within(10s), ElementsAre(volume1Is10)) << "it hears again";
+    }
+}
+
+TEST_F(AnUpdate, DoesNotBringBackAnAidThatIsSwitchedOff)
+{
+    givenAnAidThatBoots();
+    radio().perform("X1-L", { "power", 0 });
+    EXPECT_THAT(within(10ms), ElementsAre(lost));
+    central->connectPeripheral(left);
+    EXPECT_THAT(within(5s), IsEmpty());
+    EXPECT_EQ(queue.clock()->pendingCount(), 0u);
+    radio().perform("X1-L", { "power", 1 });
+    EXPECT_THAT(within(10ms), ElementsAre("connected X1-L"));
+}
+
+TEST_F(AnUpdate, IsNoUpdateOfTheNextRun)
+{
+    givenAnAidThatBoots();
+    queue.advance(500ms);
+    const auto saved = SimulatedWorld::fromJson(simulator->world().toJson());
+    central.reset();
+    simulator = Simulator::create(saved, queue);
+    EXPECT_EQ(productSoft(), "0.49.195");
+    central = makeCentral();
+    left.reset();
+    recorder->found.clear();
+    givenFoundAids();
+    connect();
+    EXPECT_EQ(left->state(), CBPeripheralState::connected);
+    EXPECT_THAT(within(10s), IsEmpty());
+}
+
+TEST_F(AnUpdate, LeavesTheLinkOfAnAidThatDoesNotBoot)
+{
+    auto state = aid();
+    state.firmware.fails = FirmwareFailure::bootError;
+    dynamic_cast<SimulatedAuriskAid&>(*simulator->aid("X1-L")).setState(state);
+    givenATakenImage();
+    writeUpdate(validate);
+    EXPECT_THAT(within(10s), ElementsAre(crcIsRight, "value AE3C 00fe68dd0391031af616"));
+    EXPECT_EQ(left->state(), CBPeripheralState::connected);
+    EXPECT_EQ(productSoft(), "2.3.1");
+}
+
+TEST_F(AnUpdate, FailsByTheFaultsOfItsLink)
+{
+    givenATakenImage();
+    faults().faults = { { Fault::Kind::refuse, 13 }, { Fault::Kind::duplicate, 18 } };
+    ASSERT_EQ(radio().messageCount("X1-L"), 12);
+    writeUpdate(validate);
+    EXPECT_THAT(within(1s), ElementsAre("value AE3C 00fe689d03910318b416"));
+    writeUpdate("fe681d0c910109000000c331000009002916");
+    queue.advance(1s); // messages 15 to 17
+    writeUpdate("fe681d0d910201003132333435363738390316");
+    writeUpdate(validate);
+    EXPECT_THAT(within(1s),
+        ElementsAre(
+            "value AE3C 00fe689d03910215b016", "value AE3C 00fe689d03910216b116", "value AE3C 00fe689d03910318b416"))
+        << "the second time it is the wrong packet";
 }
 
 TEST_F(ARadio, HoldsNoDelegate)

@@ -42,6 +42,8 @@ TEST(AWorld, IsReadFromItsText)
               "profile": { "productSku": "Ö", "productReserved": "000102030405060708090a0b0c0d0e0f10111213" },
               "usage": { "totalRunTime": 4294967295, "programRunTimes": [1, 2, 3, 4, 5, 6],
                          "runTimeHistory": [0, 0, 0, 0, 0, 0, 0, 7], "userEvents": "0807060504030201" },
+              "firmware": { "diskSize": 9, "fails": "sequence", "failsAt": 7, "image": "09 08", "imageType": 2,
+                            "updates": 3 },
               "link": { "rssi": -70, "advertisingInterval": 1, "mtu": 23, "latency": 0.05, "isSilent": true,
                         "faults": [{ "kind": "delay", "message": 3, "by": 0.5 }, { "kind": "lose", "message": 9 }] } },
             { "kind": "aurisk", "name": "Plain-R", "address": "00:00:00:00:00:01", "chip": 7 }
@@ -69,6 +71,7 @@ TEST(AWorld, IsReadFromItsText)
         .programRunTimes = { 1, 2, 3, 4, 5, 6 },
         .runTimeHistory = { 0, 0, 0, 0, 0, 0, 0, 7 },
         .userEvents = { 8, 7, 6, 5, 4, 3, 2, 1 } };
+    first.firmware = { 9, FirmwareFailure::sequence, 7, { 9, 8 }, 2, 3 };
     EXPECT_TRUE(auriskAid(world, 0).state() == completed(first));
 
     AuriskAidState plain;
@@ -118,9 +121,11 @@ TEST(AWorld, KeepsEverythingThatAnAidIs)
         .battery = 0,
         .shipped = true,
         .switchedOff = true,
-        .usage = { 1, 2, 3, 4, { 5 }, { 6 }, Data(2280, 7), Data(1140, 8) } };
+        .usage = { 1, 2, 3, 4, { 5 }, { 6 }, Data(2280, 7), Data(1140, 8) },
+        .firmware = { 4294967295, FirmwareFailure::bootError, 2147483647, Data(2000, 9), 1, 4294967295 } };
     const auto value = SimulatedAuriskAid(state).toJson();
-    EXPECT_EQ(value.size(), 27u) << "its kind, and 26 members: this chip has no global block";
+    EXPECT_EQ(value.size(), 28u) << "its kind, and 27 members: this chip has no global block";
+    EXPECT_EQ(value["firmware"].size(), 6u);
     const auto read = std::dynamic_pointer_cast<SimulatedAuriskAid>(aidFromJson(value));
     EXPECT_TRUE(read->state() == completed(state));
 }
@@ -201,6 +206,12 @@ TEST(AWorld, NamesThePlaceOfWhatIsWrong)
         { R"({ "usage": { "userEvents": "00" } })",
             "aids[0].usage.userEvents: must be records of 8 bytes, at most 285" },
         { R"({ "usage": { "loopGains": "00" } })", "aids[0].usage.loopGains: must be records of 12 bytes, at most 95" },
+        { R"({ "firmware": { "fails": "often" } })",
+            "aids[0].firmware.fails: \"often\" is none of none, init, space, sequence, crc, boot, bootError" },
+        { R"({ "firmware": { "failsAt": 0 } })", "aids[0].firmware.failsAt: 0 is outside 1 to 2147483647" },
+        { R"({ "firmware": { "image": "00" } })", "aids[0].firmware: must have both image and imageType, or neither" },
+        { R"({ "firmware": { "imageType": 0 } })", "aids[0].firmware: must have both image and imageType, or neither" },
+        { R"({ "firmware": { "image": "00", "imageType": 3 } })", "aids[0].firmware.imageType: 3 is outside 0 to 2" },
         { R"({ "tone": { "pitch": 1 } })",
             "aids[0].tone.pitch: is no known key; known are frequency, dB, amplitude, timestamp" },
         { R"({ "tone": { "dB": 256 } })", "aids[0].tone.dB: 256 is outside 0 to 255" },
