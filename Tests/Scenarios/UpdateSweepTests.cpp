@@ -1,138 +1,10 @@
-#include "AuriskSDK/Shared/Utils/HexToData.h"
 #include "AuriskSDK/Shared/Utils/PreconditionPolicy.h"
 #include "Tests/Scenarios/UpdateScenario.h"
 #include "Tests/Support/ForwardingDelegate.h"
-
-#include <numeric>
+#include "Tests/Support/UpdateOracle.h"
 
 namespace aurisk::tests {
 namespace {
-
-/// What the delegate of one update is to hear after what arrived, by the drawing of the frames alone.
-class UpdateOracle {
-public:
-    UpdateOracle(std::size_t size, std::size_t chunk)
-        : _size(size)
-        , _chunk(chunk)
-    {
-    }
-
-    std::vector<int> states;
-    std::vector<std::string> errors;
-
-    void starts(Seconds now)
-    {
-        pass(now);
-        _step = Step::discovering;
-        _isRunning = _isUnderWay = true;
-    }
-
-    void characteristicsArrive(bool failed, Seconds now)
-    {
-        pass(now);
-        if (!_isRunning || _step != Step::discovering)
-            return;
-        _step = Step::subscribing; // nobody asks again
-        if (failed)
-            errors.push_back("5 Characteristics discovery failed");
-        else
-            states.push_back(1);
-    }
-
-    void subscriptionArrives(bool failed, Seconds now)
-    {
-        pass(now);
-        if (_isRunning && failed)
-            errors.push_back("8 Enabling notifications failed");
-        else if (_isRunning)
-            succeed();
-    }
-
-    void valueArrives(const Data& b, Seconds now)
-    {
-        pass(now);
-        if (!_isRunning)
-            return;
-        const bool isFrame = b.size() >= 10 && b[1] == 0xFE && b[2] == 0x68 && b.back() == 0x16
-            && b.size() == b[4] + 7U && std::accumulate(b.begin() + 2, b.end() - 2, 0) % 256 == b[b.size() - 2];
-        const int status = isFrame && (b[3] != 0xDD || b[7] == 0x1A) ? b[7] : 0; // the first byte of the payload
-        switch (status) {
-        case 0x11: break;
-        case 0x12: errors.push_back("16 init failure"); break;
-        case 0x13: succeed(); break;
-        case 0x14: errors.push_back("17 Disk is not enough"); break;
-        case 0x15: packetIsTaken(); break;
-        case 0x16: errors.push_back("18 recv_pkg_seq_failure"); break;
-        case 0x17: succeed(); break;
-        case 0x18: errors.push_back("15 crc error"); break;
-        case 0x19: _late.push_back({ now + delay, false }); break;
-        case 0x1A: _late.push_back({ now + delay, true }); break;
-        default: errors.push_back("11 Unsupported response received: 0x" + ask_hexadecimal(b));
-        }
-    }
-
-    void linkGoes(Seconds now)
-    {
-        pass(now);
-        if (_late.empty() && std::exchange(_isUnderWay, false))
-            errors.push_back("10 Receiving notification failed");
-    }
-
-    void stops(Seconds now)
-    {
-        pass(now);
-        if (_step != Step::none && _step != Step::discovering)
-            states.push_back(11);
-        _isRunning = _isUnderWay = false;
-    }
-
-private:
-    enum class Step { none, discovering, subscribing, starting, uploading, validating };
-    struct Late {
-        Seconds due;
-        bool isFailure;
-    };
-    static constexpr Seconds delay{ 0.1 };
-
-    /// What the device said of its boot is told a moment later.
-    void pass(Seconds now)
-    {
-        for (; !_late.empty() && _late.front().due <= now + Seconds(1e-9); _late.erase(_late.begin()))
-            if (_late.front().isFailure)
-                errors.push_back("19 boot write failed");
-            else {
-                states.push_back(10);
-                _isUnderWay = false;
-            }
-    }
-
-    void succeed()
-    {
-        if (_step == Step::validating)
-            return states.push_back(7);
-        const bool isSubscribed = _step == Step::subscribing;
-        states.push_back(isSubscribed ? 2 : 5);
-        _step = isSubscribed ? Step::starting : Step::uploading;
-        if (isSubscribed)
-            _taken = _underWay = 0;
-        else
-            _underWay = std::min(_chunk, _size - _taken);
-    }
-
-    void packetIsTaken()
-    {
-        _taken += _underWay;
-        if (_taken != _size)
-            return succeed();
-        states.push_back(6);
-        _step = Step::validating;
-    }
-
-    std::size_t _size, _chunk, _taken = 0, _underWay = 0;
-    Step _step = Step::none;
-    bool _isRunning = false, _isUnderWay = false;
-    std::vector<Late> _late;
-};
 
 constexpr std::size_t imageSize = 55, chunkSize = 10;
 
@@ -190,7 +62,7 @@ private:
                 std::shared_ptr<CBPeripheralDelegate>(tapHolder, static_cast<CBPeripheralDelegate*>(this)));
         };
         app->onServices = [this] {
-            oracle.starts(queue.now());
+            oracle.starts(imageSize, queue.now());
             start(first);
         };
         app->onDisconnect = [this] { oracle.linkGoes(queue.now()); };
@@ -257,7 +129,7 @@ private:
     }
 
     const Data first = image(imageSize), second = image(imageSize + 7, 2);
-    UpdateOracle oracle{ imageSize, chunkSize };
+    UpdateOracle oracle{ chunkSize };
     std::shared_ptr<int> tapHolder = std::make_shared<int>();
 };
 
