@@ -114,8 +114,7 @@ TEST_F(UpdateService, FailsWithoutUsableCharacteristics)
 {
     using Found = std::vector<std::shared_ptr<CBCharacteristic>>;
     const BluetoothError error{ "test", 1, "no" };
-    const auto noProperties
-        = "error 6 DFU Control Point characteristic does not have the Write and Notify properties";
+    const auto noProperties = "error 6 DFU Control Point characteristic does not have the Write and Notify properties";
     const auto notThere = "error 6 DFU packet characteristics does not have the Write and Notify properties";
     const struct {
         Found found;
