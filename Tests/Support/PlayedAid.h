@@ -45,6 +45,8 @@ public:
         made->writes = made->add(0xAE30, 0xAE01, Properties::writeWithoutResponse);
         made->replies = made->add(0xAE30, 0xAE02, Properties::notify);
         made->battery = made->add(0x180F, 0x2A19, Properties::read | Properties::notify);
+        made->add(0xAE3A, 0xAE3B, Properties::writeWithoutResponse);
+        made->updateAnswers = made->add(0xAE3A, 0xAE3C, Properties::notify);
         return made;
     }
     PlayedAid(CBUUID identifier, std::string name)
@@ -54,7 +56,7 @@ public:
     }
 
     std::function<void(DataView)> onWrite;
-    std::shared_ptr<CBCharacteristic> writes, replies, battery;
+    std::shared_ptr<CBCharacteristic> writes, replies, battery, updateAnswers;
 
     /// The link is there: the services, their characteristics and the subscriptions are reported one after another.
     void connected()
@@ -63,8 +65,13 @@ public:
         tell(&CBPeripheralDelegate::peripheralDidDiscoverServices);
         for (const auto& service : _services)
             tell(&CBPeripheralDelegate::peripheralDidDiscoverCharacteristicsFor, service);
-        for (const auto& characteristic : { replies, battery })
-            tell(&CBPeripheralDelegate::peripheralDidUpdateNotificationStateFor, characteristic);
+        for (const auto& characteristic : { replies, battery, updateAnswers })
+            subscribed(characteristic);
+    }
+
+    void subscribed(const std::shared_ptr<CBCharacteristic>& characteristic)
+    {
+        tell(&CBPeripheralDelegate::peripheralDidUpdateNotificationStateFor, characteristic);
     }
 
     void notify(const std::shared_ptr<CBCharacteristic>& characteristic, Data value)
@@ -74,6 +81,7 @@ public:
     }
 
     bool isConnected = false;
+    std::size_t longestWrite = 512;
 
     const CBUUID& identifier() const override { return _identifier; }
     std::optional<std::string> name() const override { return _name; }
@@ -92,7 +100,7 @@ public:
         if (onWrite)
             onWrite(value);
     }
-    std::size_t maximumWriteValueLength(CBCharacteristicWriteType) const override { return 512; }
+    std::size_t maximumWriteValueLength(CBCharacteristicWriteType) const override { return longestWrite; }
 
 private:
     std::shared_ptr<CBCharacteristic> add(
