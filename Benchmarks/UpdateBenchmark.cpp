@@ -202,12 +202,15 @@ public:
         _radio.connect(_peripheral, *accessory);
         _peripheral->onWrite = [weak = _peripheral->weak_from_this(), &queue](DataView frame) {
             constexpr std::uint8_t spaceEnough = 0x13, taken = 0x15, crcSuccess = 0x17;
-            const std::uint8_t request = frame[5], status = request == 1 ? spaceEnough : request == 2 ? taken : crcSuccess;
+            const std::uint8_t request = frame[5],
+                               status = request == 1 ? spaceEnough
+                : request == 2                       ? taken
+                                                     : crcSuccess;
             queue.async([weak, request, status] {
                 const auto sum = static_cast<std::uint8_t>(0x68 + 0x9D + 3 + 0x91 + request + status);
                 if (const auto peripheral = weak.lock())
-                    peripheral->notify(peripheral->updateAnswers,
-                        { 0x00, 0xFE, 0x68, 0x9D, 0x03, 0x91, request, status, sum, 0x16 });
+                    peripheral->notify(
+                        peripheral->updateAnswers, { 0x00, 0xFE, 0x68, 0x9D, 0x03, 0x91, request, status, sum, 0x16 });
             });
         };
     }
