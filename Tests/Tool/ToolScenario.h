@@ -32,8 +32,9 @@ class RecordingSink final : public tool::Sink {
 public:
     void out(const std::string& line) override { output.push_back(line); }
     void err(const std::string& line) override { errors.push_back(line); }
+    void draw(const std::string& text) override { drawings.push_back(text); }
 
-    Lines output, errors;
+    Lines output, errors, drawings;
 };
 
 /// Commands on three virtual hearing aids, the pair X1-L and X1-R and a Solo-L, in virtual time.
