@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tests/Support/AuriskScenario.h"
+#include "Tests/Support/ForwardingDelegate.h"
 
 #include <numeric>
 #include <set>
@@ -18,40 +19,26 @@ struct Event {
     Data bytes = {};
 };
 
-/// Hears a peripheral in the accessory's place, writes down what arrives, and passes everything on.
-class Tap final : public CBPeripheralDelegate {
+/// Hears a peripheral in the accessory's place and writes down what arrives.
+class Tap final : public ForwardingDelegate {
 public:
     Tap(std::shared_ptr<CBPeripheralDelegate> next, std::vector<Event>& events)
-        : _next(std::move(next))
+        : ForwardingDelegate(std::move(next))
         , _events(events)
     {
-    }
-    void peripheralDidDiscoverServices(CBPeripheral& peripheral, const MaybeError& error) override
-    {
-        _next->peripheralDidDiscoverServices(peripheral, error);
-    }
-    void peripheralDidDiscoverCharacteristicsFor(
-        CBPeripheral& peripheral, const std::shared_ptr<CBService>& service, const MaybeError& error) override
-    {
-        _next->peripheralDidDiscoverCharacteristicsFor(peripheral, service, error);
     }
     void peripheralDidUpdateValueFor(CBPeripheral& peripheral, const std::shared_ptr<CBCharacteristic>& characteristic,
         const MaybeError& error) override
     {
         note(*characteristic);
-        _next->peripheralDidUpdateValueFor(peripheral, characteristic, error);
-    }
-    void peripheralDidWriteValueFor(CBPeripheral& peripheral, const std::shared_ptr<CBCharacteristic>& characteristic,
-        const MaybeError& error) override
-    {
-        _next->peripheralDidWriteValueFor(peripheral, characteristic, error);
+        ForwardingDelegate::peripheralDidUpdateValueFor(peripheral, characteristic, error);
     }
     void peripheralDidUpdateNotificationStateFor(CBPeripheral& peripheral,
         const std::shared_ptr<CBCharacteristic>& characteristic, const MaybeError& error) override
     {
         if (characteristic->uuid() == CBUUID(0x2A19)) // the battery reads what a confirmed subscription holds
             note(*characteristic);
-        _next->peripheralDidUpdateNotificationStateFor(peripheral, characteristic, error);
+        ForwardingDelegate::peripheralDidUpdateNotificationStateFor(peripheral, characteristic, error);
     }
 
 private:
@@ -63,7 +50,6 @@ private:
             .bytes = characteristic.value().value_or(Data{}) });
     }
 
-    std::shared_ptr<CBPeripheralDelegate> _next;
     std::vector<Event>& _events;
 };
 

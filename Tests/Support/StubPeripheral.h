@@ -41,13 +41,14 @@ public:
         const auto how = type == CBCharacteristicWriteType::withResponse ? "" : " without response";
         asked.push_back("write " + characteristic->uuid().uuidString() + " " + ask_hexadecimal(value) + how);
     }
-    std::size_t maximumWriteValueLength(CBCharacteristicWriteType) const override { return 20; }
+    std::size_t maximumWriteValueLength(CBCharacteristicWriteType) const override { return longestWrite; }
 
     std::vector<std::string> take() { return std::exchange(asked, {}); }
 
     CBUUID id;
     std::optional<std::string> named;
     CBPeripheralState itsState = CBPeripheralState::connected;
+    std::size_t longestWrite = 20;
     std::vector<std::string> asked;
 };
 

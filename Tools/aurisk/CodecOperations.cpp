@@ -62,6 +62,11 @@ constexpr Operation operations[] = {
     { "profile.apply", applyToProfile },
     { "profile.programs", listPrograms },
     { "enum", listEnumeration },
+    { "crc16", crc16 },
+    { "dfu.start", encodeDfuStart },
+    { "dfu.data", encodeDfuPackets },
+    { "dfu.validate", encodeDfuValidate },
+    { "dfu.response", decodeDfuResponse },
 };
 
 } // namespace

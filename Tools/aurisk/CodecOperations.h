@@ -38,4 +38,11 @@ Answer encodeReserved(const Members& line);
 Answer applyToProfile(const Members& line);
 Answer listPrograms(const Members& line);
 
+// Firmware updates.
+Answer encodeDfuStart(const Members& line);
+Answer encodeDfuPackets(const Members& line);
+Answer encodeDfuValidate(const Members& line);
+Answer decodeDfuResponse(const Members& line);
+Answer crc16(const Members& line);
+
 } // namespace aurisk::codec

@@ -8,8 +8,7 @@ std::shared_ptr<DFUConfigure> DFUConfigure::create(
     return std::make_shared<DFUConfigure>(Key{}, queue, delegateQueue, progressQueue);
 }
 
-DFUConfigure::DFUConfigure(
-    Key, DispatchQueue& updateQueue, DispatchQueue& statesQueue, DispatchQueue& progressQueue)
+DFUConfigure::DFUConfigure(Key, DispatchQueue& updateQueue, DispatchQueue& statesQueue, DispatchQueue& progressQueue)
     : queue(updateQueue)
     , delegateQueue(statesQueue)
     , progressDelegateQueue(progressQueue)

@@ -112,9 +112,9 @@ class DFUProgressDelegate {
 public:
     virtual ~DFUProgressDelegate() = default;
 
-    /// `to`: percent, first 0, and beyond 100 only where the device repeats itself. Bytes of the image a second: since the
-    /// report before, and since the first packet. Both are 0 with the first report, and not finite where the clock has
-    /// not moved.
+    /// `to`: percent, first 0, and beyond 100 only where the device repeats itself. Bytes of the image a second: since
+    /// the report before, and since the first packet. Both are 0 with the first report, and not finite where the clock
+    /// has not moved.
     virtual void dfuProgressDidChange(int to, double currentSpeedBytesPerSecond, double avgSpeedBytesPerSecond) = 0;
 };
 

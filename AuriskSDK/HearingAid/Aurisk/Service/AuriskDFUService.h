@@ -30,11 +30,12 @@ public:
     /// be sent (Tiny600DFUPacket::expectSendable), is a broken precondition.
     void start(std::shared_ptr<DFUConfigure> configure);
 
-    /// Ends the update, whatever has become of it, and returns `aborted`: true. The device is not told. `DFUState::aborted`
-    /// is reported, except where the update was still waiting for the characteristics.
+    /// Ends the update, whatever has become of it, and returns `aborted`: true. The device is not told.
+    /// `DFUState::aborted` is reported, except where the update was still waiting for the characteristics.
     bool abort();
 
-    /// The link has gone: an update that is not over fails, with DFUError::receivingNotificationFailed.
+    /// The link has gone: an update that has neither completed nor been aborted fails, perhaps once more, with
+    /// DFUError::receivingNotificationFailed.
     void didDisconnect(const MaybeError& error) override;
 
     void didDiscoverCharacteristics(

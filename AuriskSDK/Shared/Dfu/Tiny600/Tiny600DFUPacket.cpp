@@ -42,8 +42,8 @@ Tiny600DFUPacket::Tiny600DFUPacket(
 void Tiny600DFUPacket::expectSendable(const DFUFirmware& firmware)
 {
     const auto size = firmware.totalSize;
-    precondition(size > 0 && std::cmp_less_equal(size, largestImage),
-        "a firmware image is 1 to {} bytes, not {}", largestImage, size);
+    precondition(size > 0 && std::cmp_less_equal(size, largestImage), "a firmware image is 1 to {} bytes, not {}",
+        largestImage, size);
 }
 
 // Steps
@@ -171,10 +171,11 @@ void Tiny600DFUPacket::act(Tiny600DFUResultCode status)
     case Code::recv_pkg_seq_failure: return fail(DFUError::sequenceFailure, "recv_pkg_seq_failure");
     case Code::crc_failure: return fail(DFUError::crcError, "crc error");
     case Code::boot_write_ok: return soon(_complete);
-    case Code::boot_write_failure: return soon([report = _report] {
-        if (report)
-            report(DFUError::bootWriteFailed, "boot write failed");
-    });
+    case Code::boot_write_failure:
+        return soon([report = _report] {
+            if (report)
+                report(DFUError::bootWriteFailed, "boot write failed");
+        });
     }
 }
 

@@ -30,8 +30,8 @@ public:
     using Report = std::function<void(DFUError, const std::string& message)>;
 
     /// Frames go to `writeCharacteristic`, and answers come from `notifyCharacteristic`.
-    static std::shared_ptr<Tiny600DFUPacket> create(std::shared_ptr<CBCharacteristic> writeCharacteristic,
-        std::shared_ptr<CBCharacteristic> notifyCharacteristic);
+    static std::shared_ptr<Tiny600DFUPacket> create(
+        std::shared_ptr<CBCharacteristic> writeCharacteristic, std::shared_ptr<CBCharacteristic> notifyCharacteristic);
     Tiny600DFUPacket(Key, std::shared_ptr<CBCharacteristic> writeCharacteristic,
         std::shared_ptr<CBCharacteristic> notifyCharacteristic);
 

@@ -58,8 +58,7 @@ Data Tiny600DFUFrame::start(const DFUFirmware& firmware, std::uint32_t packetSiz
             .take());
 }
 
-std::uint32_t Tiny600DFUFrame::chunkSize(
-    const DFUFirmware& firmware, std::uint32_t packetSize, std::uint32_t offset)
+std::uint32_t Tiny600DFUFrame::chunkSize(const DFUFirmware& firmware, std::uint32_t packetSize, std::uint32_t offset)
 {
     const auto total = exactly<std::uint32_t>(firmware.totalSize, "the size of a firmware image");
     const auto size = std::min(chunkOf(packetSize), total - std::min(offset, total));

@@ -55,8 +55,8 @@ struct Tiny600DFUResponse {
     std::optional<std::uint8_t> requestOpCode = {}; ///< what it answers, 1 to 5
     std::optional<Tiny600DFUResultCode> status = {}; ///< none where it says nothing that is known
 
-    /// Both are none where `data` is no frame. An empty value, and one whose size byte cannot be (AuriskRawData::parse),
-    /// are broken preconditions.
+    /// Both are none where `data` is no frame. An empty value, and one whose size byte cannot be
+    /// (AuriskRawData::parse), are broken preconditions.
     static Tiny600DFUResponse parse(DataView data);
 
     friend bool operator==(const Tiny600DFUResponse&, const Tiny600DFUResponse&) = default;
