@@ -27,7 +27,7 @@ constexpr Row rows[] = {
         "nothing was sent to it" },
     { DFUError::enablingNotificationsFailed, "did not agree to answer an update (AE3C)", offAndOn },
     { DFUError::receivingNotificationFailed, "gave an answer that could not be received", again },
-    { DFUError::unsupportedResponse, "gave an answer that stands for nothing, {answer},", again },
+    { DFUError::unsupportedResponse, "gave an answer that stands for nothing ({answer})", again },
     { DFUError::crcError, "did not receive the image as it was sent", again },
     { DFUError::initFailure, "refused to begin an update", "charge it, switch it off and on, and try again" },
     { DFUError::diskNotEnough, "has no room for the {size} bytes of the image",
@@ -98,7 +98,7 @@ void FirmwareUpdate::dfuError(DFUError error, const std::string& didOccurWithMes
     const auto state = _progress.state();
     if (error == DFUError::receivingNotificationFailed && session->device().state() != AccessoryState::connected)
         return fail(*session, fmt::format("the link to {} was lost {}", _name, _progress.howFar()),
-            state == DFUState::validated ? askForVersions : again);
+            state < DFUState::validating ? again : askForVersions);
 
     const auto row = std::find_if(
         std::begin(rows), std::end(rows), [error](const Row& candidate) { return candidate.error == error; });
@@ -138,7 +138,7 @@ void FirmwareUpdate::look()
     if (_lastHeard + limit - DispatchQueue::main().now() > negligible)
         return watch(*session);
     fail(*session, fmt::format("{} fell silent {} (nothing for {:g} s)", _name, _progress.howFar(), limit.count()),
-        _progress.state() == DFUState::validated ? askForVersions : offAndOn);
+        _progress.state() < DFUState::validating ? offAndOn : askForVersions);
 }
 
 /// To check and to start an image takes longer than to take a packet.

@@ -35,7 +35,7 @@ private:
 
     int _size;
     Seconds _began;
-    DFUState _state = DFUState::starting;
+    DFUState _state = DFUState::connecting;
     int _percent = 0;
     std::optional<double> _speed;
     Seconds _reported; ///< when

@@ -267,11 +267,10 @@ constexpr std::string_view logsNotes = "Only hearing aids with the chip a16 keep
                                        "to the hearing aid. With --both a\n"
                                        "FILE called log.bin stands for log-L.bin and log-R.bin.";
 constexpr std::string_view updateNotes
-    = "FILE is the image as it is sent, whatever it holds: that it is one for this model is yours to know. The "
-      "hearing\n"
-      "aid is sent the whole image, checks it and starts it; the link is lost then, and made again to tell\n"
-      "old and new versions. With --both the same image goes to both at the same time. An update that was broken off\n"
-      "begins anew.";
+    = "FILE is the image, sent as it is: whether it fits the hearing aid, nobody but you can know. The hearing aid "
+      "checks\n"
+      "what it received, starts it and leaves; then it is connected again, and old and new versions are told. With\n"
+      "--both the same image goes to both at the same time. An update that was broken off begins anew.";
 constexpr std::string_view codecNotes
     = "Reads one JSON object a line from standard input, such as {\"op\": \"hex.toBytes\", \"text\": \"fe 68\"}, and "
       "writes\n"
