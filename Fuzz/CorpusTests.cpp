@@ -31,6 +31,7 @@ constexpr NamedTarget targets[] = {
     { "accessory", fuzz::accessory },
     { "block", fuzz::block },
     { "profile", fuzz::profile },
+    { "update", fuzz::update },
     { "world", fuzz::world },
 };
 

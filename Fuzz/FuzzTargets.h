@@ -21,6 +21,7 @@ void hexadecimal(DataView input); ///< text that a person has written
 void accessory(DataView input); ///< a sequence of requests, notifications and mishaps of a connected hearing aid
 void block(DataView input); ///< a settings block or a log as it stands
 void profile(DataView input); ///< a profile in JSON, and a profile field
+void update(DataView input); ///< a sequence of what happens in firmware updates
 void world(DataView input); ///< a file that describes a simulated world
 
 class Failure : public std::runtime_error {

@@ -15,7 +15,8 @@ TEST_F(Connection, IsAskedForOnceAndReportedInOrder)
     EXPECT_EQ(accessory->state(), AccessoryState::connecting);
     after(1s);
     EXPECT_FALSE(accessory->connect(app, "again"));
-    EXPECT_THAT(app->take(), ElementsAre("state connecting", "state connected", "did connect", "services 180F AE30"));
+    EXPECT_THAT(
+        app->take(), ElementsAre("state connecting", "state connected", "did connect", "services 180F AE30 AE3A"));
     EXPECT_TRUE(accessory->disconnect());
     EXPECT_FALSE(accessory->disconnect());
     EXPECT_EQ(accessory->state(), AccessoryState::disconnecting);
@@ -207,8 +208,9 @@ TEST_F(Connection, TellsItsOtherListenerWhatNoServiceTakes)
     after(1s);
     EXPECT_EQ(app->heard.back(), "services");
     EXPECT_THAT(listener->heard,
-        testing::UnorderedElementsAre("services", "characteristics AE30", "characteristics 180F", "subscribed AE02",
-            "written AE01", "subscribed 2A19", "value 2A19"));
+        testing::UnorderedElementsAre("services", "characteristics AE30", "characteristics 180F",
+            "characteristics AE3A", "subscribed AE02", "written AE01", "subscribed 2A19", "value 2A19",
+            "subscribed AE3C"));
 
     // An adopted service keeps its callbacks to itself.
     plain->disconnect();

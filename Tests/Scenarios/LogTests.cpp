@@ -64,7 +64,7 @@ TEST_F(Log, TellsTheStory)
             "device is now connected. Device UUID: " + accessory->deviceId(), "[left] Initializing " + self() + "\n",
             "[left] Accessory " + self() + ": didDiscoverServices\n", "[AE30] -- @ init -- "));
 
-    faults().faults = { { .kind = Kind::lose, .message = 10 } }; // the reply to the second
+    faults().faults = { { .kind = Kind::lose, .message = 11 } }; // the reply to the second
     whenRequesting(AuriskRequest::readVolume{ .program = 0 });
     whenRequesting(AuriskRequest::readVolume{ .program = 1 });
     after(5s);

@@ -7,11 +7,11 @@ namespace {
 
 const auto readVolume = [](int program) { return AuriskRequest::readVolume{ .program = program }; };
 
-/// Message numbers of the link: 1 connection, 2 services, 3 and 4 characteristics, 5 and 6 subscriptions; then 7 is the
-/// first request and 8 its reply.
+/// Message numbers of the link: 1 connection, 2 services, 3 to 5 characteristics, 6 and 7 subscriptions; then 8 is the
+/// first request and 9 its reply.
 class Request : public AuriskScenario {
 protected:
-    static constexpr int firstRequest = 7, firstReply = 8;
+    static constexpr int firstRequest = 8, firstReply = 9;
 
     /// Puts a request on the air that the aid does not hear, so that a test can answer in its place.
     void whenRequestingUnheard(const AuriskRequest& request)
@@ -58,7 +58,7 @@ TEST_F(Request, MadeBeforeTheSubscriptionIsConfirmedWaitsForIt)
 {
     givenAFoundAid();
     faults().faults
-        = { { .kind = Kind::delay, .message = 5, .by = 2s }, { .kind = Kind::delay, .message = 6, .by = 2s } };
+        = { { .kind = Kind::delay, .message = 6, .by = 2s }, { .kind = Kind::delay, .message = 7, .by = 2s } };
     accessory->connect(app, "left");
     after(1s);
     whenRequesting(readVolume(0));

@@ -23,7 +23,7 @@ TEST_F(Story, GoesFromAnAdvertisementToAChangedVolume)
     EXPECT_TRUE(accessory->connect(app, 5s, "left"));
     after(0.1s);
     EXPECT_THAT(app->take(),
-        ElementsAre("not scanning", "state connecting", "state connected", "did connect", "services 180F AE30"));
+        ElementsAre("not scanning", "state connecting", "state connected", "did connect", "services 180F AE30 AE3A"));
 
     whenRequesting(AuriskRequest::readProgramVolume{});
     whenRequesting(AuriskRequest::controlVolume{ .volume = 3, .program = 0 });

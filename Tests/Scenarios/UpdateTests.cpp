@@ -16,7 +16,7 @@ public:
         givenAConnectedAid();
         const auto bytes = image(size);
         start(bytes);
-        queue.runUntilIdle();
+        after(3600s);
         EXPECT_EQ(updates->milestones(), allMilestones);
         EXPECT_THAT(updates->errors, IsEmpty());
         EXPECT_TRUE(installed() == bytes);
@@ -27,7 +27,7 @@ public:
     void expectHonestProgress(std::size_t size) const
     {
         const auto& all = updates->progress;
-        ASSERT_LE(all.size(), 101U);
+        ASSERT_THAT(all.size(), testing::AllOf(testing::Ge(2U), testing::Le(101U)));
         EXPECT_EQ(all.front().percent, 0);
         EXPECT_EQ(all.back().percent, 100);
         for (std::size_t i = 1; i < all.size(); ++i) {
@@ -51,7 +51,7 @@ TEST(UpdateTransfer, ArrivesIdenticalWhateverItsSizeAndWhateverAWriteCarries)
 
 TEST(UpdateTransfer, OutlastsTheSixteenBitsOfTheSequenceNumber)
 {
-    for (const std::size_t packets : { 65535, 65536, 65537, 65600 })
+    for (const std::size_t packets : { 65536, 65600 })
         Transfer().expectToArrive(10 * packets, 23);
 }
 
@@ -79,7 +79,7 @@ TEST_F(Update, OfEachTypeChangesTheVersionThatTheDeviceReports)
         app->take();
         app->request(*accessory, AuriskRequest::readProfile{ .type = field });
         after(1s);
-        const auto version = accessory->profile().*AuriskProfile::textOf(field).value();
+        const auto version = accessory->profile().*AuriskProfile::textOf(field);
         EXPECT_EQ(version, "9." + std::to_string(rawValue(type)) + ".0");
         accessory->disconnect();
         after(1s);
@@ -126,7 +126,8 @@ TEST_F(Update, GoesOnWhileTheDeviceAnswersRequests)
     }
     after(5s);
     EXPECT_EQ(installed(), bytes);
-    EXPECT_THAT(results(), testing::Contains("readVolume(program: 3) => success(data: didReadProgram(program: 3, volume: 2))"));
+    EXPECT_THAT(
+        results(), testing::Contains("readVolume(program: 3) => success(data: didReadProgram(program: 3, volume: 2))"));
 }
 
 TEST_F(Update, TellsItsStatesAndProgressOnTheQueuesOfItsConfiguration)

@@ -67,6 +67,8 @@ public:
         for (const auto& service : services)
             line += " " + service->tag();
         hear(line);
+        if (onServices)
+            onServices();
     }
     void deviceDidConnect(const std::shared_ptr<Accessory>& accessory, const MaybeError& error) override
     {
@@ -77,6 +79,8 @@ public:
     void deviceDidDisconnect(const std::shared_ptr<Accessory>&, const MaybeError& error) override
     {
         hear("did disconnect" + suffix(error));
+        if (onDisconnect)
+            onDisconnect();
     }
     void deviceDidFailToConnect(const std::shared_ptr<Accessory>&, const MaybeError& error) override
     {
@@ -107,6 +111,7 @@ public:
     }
 
     std::function<void(const std::shared_ptr<Accessory>&)> onConnect;
+    std::function<void()> onServices, onDisconnect;
     std::function<void(const AuriskRequest&)> onSend;
 
 private:

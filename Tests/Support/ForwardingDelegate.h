@@ -10,10 +10,11 @@ namespace aurisk::tests {
 /// Stands in the place of a peripheral's delegate and passes everything on. Who derives from it looks at what it likes.
 class ForwardingDelegate : public CBPeripheralDelegate {
 public:
-    explicit ForwardingDelegate(std::shared_ptr<CBPeripheralDelegate> next)
+    explicit ForwardingDelegate(std::shared_ptr<CBPeripheralDelegate> next = {})
         : _next(std::move(next))
     {
     }
+    void setNext(std::shared_ptr<CBPeripheralDelegate> next) { _next = std::move(next); }
 
     void peripheralDidDiscoverServices(CBPeripheral& peripheral, const MaybeError& error) override
     {

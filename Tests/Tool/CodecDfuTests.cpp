@@ -63,7 +63,8 @@ TEST(CodecCrc16, TakesEveryArgument)
 {
     const std::string of = R"({"op":"crc16","bytes":"313233343536373839","polynomial":)";
     expectAnswers({
-        { of + R"(4129,"initialValue":0,"finalXORValue":0,"reverseInput":false,"reverseOutput":false})", R"({"ok":12739})" },
+        { of + R"(4129,"initialValue":0,"finalXORValue":0,"reverseInput":false,"reverseOutput":false})",
+            R"({"ok":12739})" },
         { of + R"(4129,"initialValue":65535,"finalXORValue":65535,"reverseInput":false,"reverseOutput":true})",
             R"({"ok":54862})" },
     });

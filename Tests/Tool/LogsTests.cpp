@@ -124,24 +124,24 @@ TEST_F(ToolLogs, WhatCannotBeIsRefusedBeforeAnybodyIsConnected)
 TEST_F(ToolLogs, AFetchThatCannotEndWellEndsSoon)
 {
     struct {
-        Fault fault; ///< counted from the connection: six messages set it up, each part is two
+        Fault fault; ///< counted from the first request: each part is two messages
         bool isSilent;
         double within;
         std::string sentence;
     } const cases[] = {
-        { { .kind = Kind::dropLinkBefore, .message = 21 }, false, 1.5,
+        { { .kind = Kind::dropLinkBefore, .message = 15 }, false, 1.5,
             "the link to X1-L was lost while it was asked to tell its log of user events" },
-        { { .kind = Kind::refuse, .message = 21 }, false, 6,
+        { { .kind = Kind::refuse, .message = 15 }, false, 6,
             "X1-L refused to tell its log of user events, or not all of it came" },
-        { { .kind = Kind::lose, .message = 22 }, false, 9,
+        { { .kind = Kind::lose, .message = 16 }, false, 9,
             "X1-L refused to tell its log of user events, or not all of it came" },
-        { { .kind = Kind::lose, .message = 21 }, true, 7,
+        { { .kind = Kind::lose, .message = 15 }, true, 7,
             "X1-L did not answer within 5 s when asked to tell its log of user events" },
     };
     for (const auto& [fault, isSilent, within, sentence] : cases) {
         auto& link = faults("X1-L");
         link.faults = { fault };
-        link.faults[0].message += simulator->radio().messageCount("X1-L");
+        link.faults[0].message += simulator->radio().messageCount("X1-L") + messagesToConnect;
         link.isSilent = isSilent;
         const auto began = queue.now();
         EXPECT_EQ(aurisk("logs X1-L --events " + events), ExitCode::failed) << sentence;

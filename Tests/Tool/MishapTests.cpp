@@ -57,10 +57,10 @@ TEST_F(ToolMishap, WhoIsNotThereIsNotFound)
 
 TEST_F(ToolMishap, WhatWasRefusedIsNotUndone)
 {
-    faults("X1-L").faults
-        = { { .kind = Kind::refuse, .message = 7 } }; // the first request: six messages set the link up
+    faults("X1-L").faults = { { .kind = Kind::refuse, .message = messagesToConnect + 1 } };
     EXPECT_EQ(aurisk("find X1-L"), ExitCode::failed);
-    EXPECT_EQ(simulator->radio().messageCount("X1-L"), 8); // that request and its refusal, and no end of finding
+    EXPECT_EQ(simulator->radio().messageCount("X1-L"), messagesToConnect + 2)
+        << "that request and its refusal, and no end of finding";
 }
 
 TEST_F(ToolMishap, TheOnlyAidNeedsNoName)

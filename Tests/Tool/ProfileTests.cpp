@@ -69,7 +69,7 @@ TEST_F(ToolProfile, EveryFieldIsShownUnderItsName)
 
 TEST_F(ToolProfile, WhatIsRefusedIsLeftOpen)
 {
-    const int first = messages("Solo-L") + 7; // six messages set the link up; then a request and its reply each
+    const int first = messages("Solo-L") + messagesToConnect + 1; // then a request and its reply each
     faults("Solo-L").faults = { { .kind = Kind::refuse, .message = first + 2 } };
     EXPECT_EQ(aurisk("profile show Solo-L --json"), ExitCode::done);
     EXPECT_EQ(objects().at(0)["profile"]["skuCode"], nullptr);
@@ -77,7 +77,8 @@ TEST_F(ToolProfile, WhatIsRefusedIsLeftOpen)
 
     faults("Solo-L").faults.clear();
     for (int i = 0; i < 13; ++i)
-        faults("Solo-L").faults.push_back({ .kind = Kind::refuse, .message = messages("Solo-L") + 7 + 2 * i });
+        faults("Solo-L").faults.push_back(
+            { .kind = Kind::refuse, .message = messages("Solo-L") + messagesToConnect + 1 + 2 * i });
     EXPECT_EQ(aurisk("profile show Solo-L"), ExitCode::failed);
     EXPECT_THAT(sink.errors, ElementsAre("aurisk: Solo-L refused to tell any field of its profile"));
 }
@@ -107,10 +108,10 @@ TEST_F(ToolProfile, AChangeChangesItsBitsAlone)
         EXPECT_EQ(auriskWords(words), ExitCode::done) << told;
         EXPECT_EQ(aid("X1-L").state().profile, expected.profile) << told;
         EXPECT_THAT(sink.output.back(), EndsWith(told));
-        EXPECT_EQ(messages("X1-L") - before, 6 + 2 * 2) << told; // one question and one write
+        EXPECT_EQ(messages("X1-L") - before, messagesToConnect + 2 * 2) << told; // one question and one write
         EXPECT_EQ(auriskWords(words), ExitCode::done);
         EXPECT_EQ(sink.output.back(), "  unchanged  it is set so already");
-        EXPECT_EQ(messages("X1-L") - before, 6 + 2 * 2 + 6 + 2) << told; // and one more question
+        EXPECT_EQ(messages("X1-L") - before, 2 * messagesToConnect + 2 * 2 + 2) << told; // and one more question
     }
 }
 
@@ -166,7 +167,7 @@ TEST_F(ToolProfile, AMistakeIsToldBeforeAnybodyIsConnected)
 
 TEST_F(ToolProfile, AFieldThatIsRefusedStopsAChangeOfOthers)
 {
-    faults("X1-L").faults = { { .kind = Kind::refuse, .message = messages("X1-L") + 9 } };
+    faults("X1-L").faults = { { .kind = Kind::refuse, .message = messages("X1-L") + messagesToConnect + 3 } };
     EXPECT_EQ(aurisk("profile set X1 pSeriesCode A seriesCode B --both"), ExitCode::failed);
     EXPECT_THAT(sink.errors,
         ElementsAre("aurisk: X1-L refused to tell seriesCode, so nothing was written",
@@ -253,7 +254,7 @@ TEST_F(ToolProfile, AFileThatDoesNotFitChangesNobody)
 
 TEST_F(ToolProfile, WhatCannotBeKeptInAFileIsSaid)
 {
-    faults("X1-L").faults = { { .kind = Kind::refuse, .message = messages("X1-L") + 9 } };
+    faults("X1-L").faults = { { .kind = Kind::refuse, .message = messages("X1-L") + messagesToConnect + 3 } };
     const auto file = exported("profile export X1-L");
     EXPECT_FALSE(file["devices"][0]["profile"].contains("skuCode"));
     EXPECT_THAT(

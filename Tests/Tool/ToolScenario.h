@@ -120,6 +120,9 @@ protected:
     {
         return dynamic_cast<SimulatedAuriskAid&>(*simulator->aid(name));
     }
+    /// Connection, services, the characteristics of three of them and two subscriptions; what comes then is a request.
+    static constexpr int messagesToConnect = 7;
+
     LinkFaults& faults(const std::string& name) { return simulator->world().placed(name).faults; }
     void wearer(const std::string& name, const std::string& action)
     {

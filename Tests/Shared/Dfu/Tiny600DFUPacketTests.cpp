@@ -4,8 +4,8 @@
 #include "AuriskSDK/Shared/Utils/AuriskLog.h"
 #include "AuriskSDK/Shared/Utils/PreconditionPolicy.h"
 #include "Tests/Support/Bytes.h"
-#include "Tests/Support/StubPeripheral.h"
 #include "Tests/Support/Stops.h"
+#include "Tests/Support/StubPeripheral.h"
 
 #include <gmock/gmock.h>
 
@@ -25,10 +25,7 @@ const auto initSuccess = "00 FE 68 9D 03 91 01 11 AB 16"_bytes, spaceEnough = "0
            taken = "00 FE 68 9D 03 91 02 15 B0 16"_bytes, crcSuccess = "00 FE 68 9D 03 91 03 17 B3 16"_bytes,
            bootOk = "00 FE 68 9D 03 91 03 19 B5 16"_bytes;
 
-std::shared_ptr<DFUFirmware> zeros(std::size_t size)
-{
-    return DFUFirmware::create(Data(size), DFUFirmwareType::type0);
-}
+std::shared_ptr<DFUFirmware> zeros(std::size_t size) { return DFUFirmware::create(Data(size), DFUFirmwareType::type0); }
 
 /// The steps of an update, begun by hand on a device played by hand.
 class UpdatePackets : public testing::Test, public DFUProgressDelegate {
@@ -82,8 +79,8 @@ protected:
 
 TEST_F(UpdatePackets, AreAsLongAsAWriteUpToWhatAFrameHolds)
 {
-    const std::pair<std::size_t, std::uint32_t> sizes[] = { { 20, 20 }, { 185, 185 }, { 261, 261 }, { 262, 261 },
-        { 514, 261 } };
+    const std::pair<std::size_t, std::uint32_t> sizes[]
+        = { { 20, 20 }, { 185, 185 }, { 261, 261 }, { 262, 261 }, { 514, 261 } };
     for (const auto& [offered, expected] : sizes) {
         givenPackets(offered);
         EXPECT_EQ(packets->packetSize(), expected);
@@ -117,8 +114,8 @@ TEST_F(UpdatePackets, CarryTheImageInTurnAndReportEachPercentOnce)
         queue.advance(0.5s);
         arrives(taken);
     }
-    EXPECT_THAT(take(),
-        ElementsAre("0 % 0 0", "taken", "40 % 20 20", "taken", "80 % 20 20", "complete", "100 % 10 17"));
+    EXPECT_THAT(
+        take(), ElementsAre("0 % 0 0", "taken", "40 % 20 20", "taken", "80 % 20 20", "complete", "100 % 10 17"));
 
     packets->sendValidateData(*image, hears("booted"), hears("valid"), error());
     EXPECT_THAT(peripheral->take(), ElementsAre("write AE3B fe681d0291031b16 without response"));

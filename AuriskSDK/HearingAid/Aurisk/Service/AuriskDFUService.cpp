@@ -3,8 +3,6 @@
 #include "AuriskSDK/Shared/Utils/AuriskLog.h"
 #include "AuriskSDK/Shared/Utils/Precondition.h"
 
-#include <functional>
-
 namespace aurisk {
 
 namespace {
@@ -57,7 +55,6 @@ void AuriskDFUService::start(std::shared_ptr<DFUConfigure> configure)
     _configure = std::move(configure);
     _aborted = false;
     _isUnderWay = true;
-    ++_update;
     if (_dfuPacketCharacteristic)
         return enableControlPoint();
 
@@ -127,20 +124,19 @@ bool AuriskDFUService::abort()
     return _aborted;
 }
 
-/// `step` of the update that runs now. It does nothing once the service has gone, the update has been given up, or
-/// another one has begun.
-template <typename Step> std::function<void()> AuriskDFUService::next(Step step)
+/// `step`, which does nothing once the service has gone, or the update has been given up.
+std::function<void()> AuriskDFUService::next(void (AuriskDFUService::*step)())
 {
-    return [weak = std::weak_ptr(self()), update = _update, step] {
-        if (const auto self = weak.lock(); self && self->_update == update && self->_firmware)
-            std::invoke(step, *self);
+    return [weak = std::weak_ptr(self()), step] {
+        if (const auto self = weak.lock(); self && self->_firmware)
+            (self.get()->*step)();
     };
 }
 
 AuriskDFUService::Report AuriskDFUService::failure()
 {
-    return [weak = std::weak_ptr(self()), update = _update](DFUError error, const std::string& message) {
-        if (const auto self = weak.lock(); self && self->_update == update)
+    return [weak = std::weak_ptr(self())](DFUError error, const std::string& message) {
+        if (const auto self = weak.lock())
             self->fail(error, message);
     };
 }
@@ -150,12 +146,12 @@ std::shared_ptr<AuriskDFUService> AuriskDFUService::self()
     return std::static_pointer_cast<AuriskDFUService>(shared_from_this());
 }
 
-/// Deliberately, only `abort` makes way for another update: whoever hears of this one may do so at once.
+/// Deliberately, whoever hears of it has to abort the update afterwards before another one can start.
 void AuriskDFUService::fail(DFUError error, const std::string& message)
 {
-    _aborted = false;
     if (const auto delegate = _configure ? _configure->delegate.lock() : nullptr)
         delegate->dfuError(error, message);
+    _aborted = false;
 }
 
 void AuriskDFUService::tell(DFUState state) const

@@ -55,7 +55,7 @@ private:
     void validated();
     void completed();
 
-    template <typename Step> std::function<void()> next(Step step);
+    std::function<void()> next(void (AuriskDFUService::*step)());
     Report failure();
     void fail(DFUError error, const std::string& message);
     std::shared_ptr<AuriskDFUService> self();
@@ -65,7 +65,6 @@ private:
     std::shared_ptr<Tiny600DFUPacket> _dfuPacketCharacteristic;
     bool _aborted = true;
     bool _isUnderWay = false; ///< started, and neither completed nor aborted
-    int _update = 0; ///< counts updates: a late answer belongs to one of them
     std::function<void()> _success; ///< once the characteristics have been discovered
     Report _report; ///< where they are not
     std::shared_ptr<DFUProgressDelegate> _progressDelegate;

@@ -50,6 +50,10 @@ void Tiny600DFUPacket::expectSendable(const DFUFirmware& firmware)
 
 void Tiny600DFUPacket::enableNotifications(Success onSuccess, Report onError)
 {
+    ++_update;
+    _pendingOutcomes = 0;
+    reset();
+    _complete = nullptr;
     _success = std::move(onSuccess);
     _report = std::move(onError);
     const auto peripheral = reachedPeripheral();
@@ -231,15 +235,18 @@ void Tiny600DFUPacket::tellProgress(int percent, double currentSpeed, double avg
         });
 }
 
-/// The device is about to leave: whoever is told has time to hear what else it says.
+/// The outcome of an update never reaches the next one.
 void Tiny600DFUPacket::soon(std::function<void()> outcome)
 {
     ++_pendingOutcomes;
-    DispatchQueue::main().asyncAfter(untilOutcome, [self = shared_from_this(), outcome = std::move(outcome)] {
+    const auto tell = [self = shared_from_this(), update = _update, outcome = std::move(outcome)] {
+        if (self->_update != update)
+            return;
         --self->_pendingOutcomes;
         if (outcome)
             outcome();
-    });
+    };
+    DispatchQueue::main().asyncAfter(untilOutcome, tell);
 }
 
 /// What is called may be replaced meanwhile by the step that it begins.

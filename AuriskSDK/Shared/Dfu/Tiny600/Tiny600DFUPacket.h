@@ -54,6 +54,7 @@ public:
     /// Whether the device has said that it starts the new image, or that it cannot, and nobody has been told yet.
     bool isOutcomePending() const { return _pendingOutcomes > 0; }
 
+    /// Subscribes to the answers: the first step of an update. What an earlier one has left is forgotten.
     void enableNotifications(Success onSuccess, Report onError);
 
     /// Begins a transfer. `onSuccess`: the device has space for it.
@@ -112,7 +113,8 @@ private:
     std::weak_ptr<DFUProgressDelegate> _progressDelegate;
     std::uint32_t _totalBytes = 0;
     Upload _upload;
-    int _pendingOutcomes = 0;
+    int _update = 0; ///< counts updates
+    int _pendingOutcomes = 0; ///< of this one
 };
 
 } // namespace aurisk
