@@ -144,6 +144,18 @@ TEST_F(ToolUpdate, TellsHowFarItIsAndTheVersionsThatChanged)
     EXPECT_EQ(aid("X1-L").state().firmware.updates, 4);
 }
 
+/// The library tells that an image is started a tenth of a second after the aid has said so.
+TEST_F(ToolUpdate, AnAidThatLeavesBeforeItsLastWordIsToldIsUpdatedAllTheSame)
+{
+    begin(update("X1-L"));
+    untilTold("100 %");
+    after(0.05);
+    simulator->radio().dropLink("X1-L");
+    EXPECT_EQ(end(), ExitCode::done);
+    EXPECT_THAT(sink.errors, IsEmpty());
+    EXPECT_EQ(sink.output.back(), "X1-L  updated in 1.4 s, firmware 2.3.1 -> 2.4.0");
+}
+
 TEST_F(ToolUpdate, TellsAProgramEachReportAndEachState)
 {
     write("version 2.4.0\n", 468);

@@ -184,7 +184,7 @@ private:
     std::shared_ptr<DispatchTimer> _timer; ///< the limit of this wait, or the end of a pause
     Then _opened;
     bool _mayLeave = false;
-    Then _left; ///< once the device has gone by itself
+    Then _left; ///< once the link has gone
     Then _atEnd;
     Then _pause;
     ThenWith<int> _batteryRead;
