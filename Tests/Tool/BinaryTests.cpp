@@ -123,6 +123,19 @@ TEST(Binary, StandardOutputHoldsNothingButJSONEvenWithTheLogOn)
     EXPECT_THAT(ended.errors, HasSubstr("request: controlVolume(volume: 3, program: 0)"));
 }
 
+/// The library prints how fast an update is, and when it is through.
+TEST(Binary, AnUpdateShowsNothingOfWhatTheLibraryPrintsButWithTheLogOn)
+{
+    const auto image = temporaryPath("update.bin");
+    std::ofstream(image) << "version 2.4.0\n";
+    const auto ended = aurisk({ "update", "X1-L", image });
+    EXPECT_EQ(ended.code, 0);
+    EXPECT_THAT(ended.output, testing::EndsWith(" s, firmware 2.3.1 -> 2.4.0\n"));
+    EXPECT_THAT(ended.errors, IsEmpty());
+    EXPECT_THAT(aurisk({ "update", "X1-L", image, "--log" }).errors, HasSubstr("send data finished..."));
+    std::filesystem::remove(image);
+}
+
 TEST(Binary, AFailureIsASentenceAndInJSONAnObjectToo)
 {
     struct {

@@ -30,10 +30,20 @@ inline Lines wordsOf(const std::string& line)
 /// Keeps what a run writes.
 class RecordingSink final : public tool::Sink {
 public:
-    void out(const std::string& line) override { output.push_back(line); }
-    void err(const std::string& line) override { errors.push_back(line); }
+    void out(const std::string& line) override
+    {
+        output.push_back(line);
+        terminal += line + '\n';
+    }
+    void err(const std::string& line) override
+    {
+        errors.push_back(line);
+        terminal += line + '\n';
+    }
+    void draw(const std::string& text) override { terminal += text; }
 
     Lines output, errors;
+    std::string terminal; ///< all of it, where both outputs are one
 };
 
 /// Commands on three virtual hearing aids, the pair X1-L and X1-R and a Solo-L, in virtual time.
@@ -74,7 +84,8 @@ protected:
         const auto options = std::get<tool::Options>(tool::parseArguments(words));
         sink = {};
         code.reset();
-        output.emplace(sink, tool::Style{ .json = options.json, .colour = false });
+        style.json = options.json;
+        output.emplace(sink, style);
         run = tool::Run::start(options, simulator->platform(), *output, [this](ExitCode ended) { code = ended; });
     }
 
@@ -133,6 +144,7 @@ protected:
     ScopedMainQueue main{ queue };
     std::shared_ptr<Simulator> simulator = Simulator::create(threeAids());
     RecordingSink sink;
+    tool::Style style;
     std::optional<tool::Output> output;
     std::shared_ptr<tool::Run> run;
     std::optional<ExitCode> code;

@@ -31,6 +31,7 @@ Examples:
   aurisk dsp import X1 fit.json --both     ... and to give to a pair
   aurisk profile show X1-L             what it is, and for whom it was fitted
   aurisk logs X1-L                     how it was used
+  aurisk update X1 a16.bin --both      new firmware for a pair
   aurisk monitor --both --json         what the wearer of a pair does, for a program to read
   aurisk scan --world w.json --new-world    begin a world of simulated hearing aids that lasts from run to run
 
@@ -152,6 +153,10 @@ private:
             declareFile(command, "events", "The log of user events goes there, as it is", _options.events);
             declareFile(command, "loop-gain", "The log of loop gains goes there, as it is", _options.loopGain);
             break;
+        case Command::update:
+            option(command, "type", "0|1|2", "Which of the hearing aid's images it is (default 0)",
+                [this](const std::string& text) { takeFirmwareType(text); });
+            break;
         case Command::eq:
         case Command::noise:
         case Command::direction:
@@ -200,6 +205,11 @@ private:
         _options.program.reset();
         if (!_options.allPrograms)
             _options.program = wholeNumber("--program", text, blockPrograms);
+    }
+
+    void takeFirmwareType(const std::string& text)
+    {
+        _options.firmwareType = *fromRawValue<DFUFirmwareType>(wholeNumber("--type", text, firmwareTypes));
     }
 
     void takeBackend(const std::string& text)

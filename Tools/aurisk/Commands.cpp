@@ -142,6 +142,7 @@ Plan planOf(const Options& options)
     case Command::global: return planGlobal(options);
     case Command::profile: return planProfile(options);
     case Command::logs: return planLogs(options);
+    case Command::update: return planUpdate(options);
     case Command::scan:
     case Command::codec: break;
     }

@@ -35,5 +35,6 @@ Plan planDirection(const Options& options);
 Plan planGlobal(const Options& options);
 Plan planProfile(const Options& options);
 Plan planLogs(const Options& options);
+Plan planUpdate(const Options& options);
 
 } // namespace aurisk::tool

@@ -30,14 +30,24 @@ int write(int descriptor, std::string_view text)
 Descriptors::Descriptors()
     : _output(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1))
 {
-    if (::dup2(STDERR_FILENO, STDOUT_FILENO) >= 0)
-        return;
-    const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC); // there is no standard error
+    if (::dup2(STDERR_FILENO, STDOUT_FILENO) < 0)
+        silenceLibrary(); // there is no standard error
+}
+
+Descriptors::~Descriptors() { ::close(_output); }
+
+void Descriptors::silenceLibrary()
+{
+    const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
     ::dup2(nowhere, STDOUT_FILENO);
     ::close(nowhere);
 }
 
-Descriptors::~Descriptors() { ::close(_output); }
+bool Descriptors::isRedrawing() const
+{
+    const char* const terminal = std::getenv("TERM");
+    return ::isatty(_output) == 1 && terminal && std::string_view(terminal) != "dumb";
+}
 
 bool Descriptors::isColourful() const
 {
@@ -55,11 +65,13 @@ bool Descriptors::isDrawing() const
     return ::isatty(_output) == 1 && isUTF8;
 }
 
-void Descriptors::out(const std::string& line)
+void Descriptors::out(const std::string& line) { draw(line + '\n'); }
+
+void Descriptors::draw(const std::string& text)
 {
     if (_isLost)
         return;
-    const int error = write(_output, line + '\n');
+    const int error = write(_output, text);
     if (error == 0)
         return;
     _isLost = true;

@@ -1,8 +1,9 @@
 #pragma once
 
-#include "Tools/aurisk/Output.h"
+#include "Tools/aurisk/Sink.h"
 
 #include <functional>
+#include <string>
 
 namespace aurisk::tool {
 
@@ -24,6 +25,12 @@ public:
     /// Whether what they see it on shows UTF-8.
     bool isDrawing() const;
 
+    /// Whether what they see it on can be told to replace what it shows.
+    bool isRedrawing() const;
+
+    /// What the library prints goes nowhere from here on.
+    void silenceLibrary();
+
     /// Called when standard output takes nothing more. What follows for it is dropped.
     std::function<void()> onLost;
 
@@ -32,6 +39,7 @@ public:
 
     void out(const std::string& line) override;
     void err(const std::string& line) override;
+    void draw(const std::string& text) override;
 
 private:
     int _output;

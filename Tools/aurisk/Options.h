@@ -3,6 +3,7 @@
 #include "AuriskSDK/HearingAid/AccessoryOrientation.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskRawData.h"
 #include "AuriskSDK/Platform/Dispatch.h"
+#include "AuriskSDK/Shared/Dfu/DFUFirmware.h"
 #include "AuriskSDK/Shared/Utils/EnumTable.h"
 
 #include <optional>
@@ -50,6 +51,7 @@ enum class Command {
     global,
     profile,
     logs,
+    update,
     codec
 };
 
@@ -91,7 +93,8 @@ struct Options {
     bool allPrograms = false;
     Action action = Action::show;
     std::vector<Assignment> assignments = {}; ///< for Action::set
-    std::string file = {}; ///< to export to or import from; "-": standard output or input
+    std::string file = {}; ///< to export to or import from ("-": standard output or input), or a firmware image
+    DFUFirmwareType firmwareType = DFUFirmwareType::type0;
     std::string events = {}, loopGain = {}; ///< files for the bytes of these logs; empty: not asked for
     bool continuous = false;
     bool updates = false;
@@ -127,6 +130,7 @@ inline constexpr auto enumCases<tool::Command> = std::to_array<EnumCase<tool::Co
     { tool::Command::global, "global", "Show, change, export or import what all programs share" },
     { tool::Command::profile, "profile", "Show, change, export or import what a hearing aid is and was fitted with" },
     { tool::Command::logs, "logs", "Show how a hearing aid was used, or keep its logs" },
+    { tool::Command::update, "update", "Give a hearing aid new firmware" },
     { tool::Command::codec, "codec", "Turn bytes into values and back, one JSON object a line" },
 });
 

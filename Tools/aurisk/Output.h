@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tools/aurisk/LiveLines.h"
 #include "Tools/aurisk/Options.h"
 
 #include <nlohmann/json.hpp>
@@ -11,14 +12,6 @@
 namespace aurisk::tool {
 
 using Json = nlohmann::ordered_json;
-
-/// Where lines go. They come without line feeds.
-class Sink {
-public:
-    virtual ~Sink() = default;
-    virtual void out(const std::string& line) = 0;
-    virtual void err(const std::string& line) = 0;
-};
 
 /// One value that a command tells: a member of a JSON object, and words for a person.
 struct Field {
@@ -41,6 +34,7 @@ struct Style {
     bool json = false;
     bool colour = false; ///< of what goes to `Sink::out`
     bool drawing = false; ///< with characters beyond ASCII there, to draw with
+    bool redrawing = false; ///< what is there can be replaced
 };
 
 /// Writes what commands tell: as one JSON object a line, or for people, from the same description.
@@ -76,11 +70,15 @@ public:
     /// A sentence on standard error that changes nothing.
     void note(const std::string& sentence);
 
+    /// A line that stays the last one, and can be replaced, until it ends: for a style that is redrawing.
+    void showLive(const std::string& name, const std::string& line) { _sink.show(name, line); }
+    void endLive(const std::string& name) { _sink.end(name); }
+
 private:
     void object(const Fields& fields);
     std::string bold(const std::string& text) const;
 
-    Sink& _sink;
+    LiveLines _sink;
     Style _style;
     bool _hasHead = false;
 };

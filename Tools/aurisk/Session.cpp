@@ -1,8 +1,6 @@
 #include "Tools/aurisk/Session.h"
 
-#include "AuriskSDK/HearingAid/Aurisk/AuriskA16Accessory.h"
 #include "AuriskSDK/Shared/Accessory/AccessoryManager.h"
-#include "Tools/aurisk/Purpose.h"
 
 #include <fmt/format.h>
 
@@ -20,11 +18,6 @@ bool isUnasked(const Data& value)
     constexpr std::size_t commandAt = 3;
     constexpr std::uint8_t wearerActed = 0x9F;
     return value.size() > commandAt && value[commandAt] == wearerActed;
-}
-
-bool isRefusal(const AuriskResultError& error)
-{
-    return !error.as<AuriskResultError::timeout>() && !error.as<AuriskResultError::disconnected>();
 }
 
 } // namespace
@@ -50,7 +43,6 @@ Session::Session(
 
 void Session::open(Then then)
 {
-    _opened = std::move(then);
     _tap->onValue = [weak = weak_from_this()](const CBCharacteristic& characteristic) {
         const auto self = weak.lock();
         if (self && characteristic.uuid() == CBUUID(replies) && characteristic.value()
@@ -62,7 +54,16 @@ void Session::open(Then then)
         if (self && self->_batteryRead && service.uuid() == CBUUID(batteryService))
             self->askForBattery();
     };
-    if (!_device->connect(weak_from_this(), _options.timeout, name()))
+    waitFor("connect");
+    connect(std::move(then));
+}
+
+/// Tries until the wait that has begun is over.
+void Session::connect(Then then)
+{
+    _phase = Phase::opening;
+    _opened = std::move(then);
+    if (!_device->connect(weak_from_this(), name()))
         fail(fmt::format("Bluetooth was switched off before {} could be connected", name()),
             ExitCode::bluetoothUnavailable);
 }
@@ -74,14 +75,6 @@ void Session::didReply(const Data& value)
         waitFor(std::string(_purpose));
 }
 
-/// Whether the device answers requests at all; ends the session where it does not.
-bool Session::answersRequests()
-{
-    if (!_device->dataService())
-        fail(fmt::format("{} has no service that answers requests (AE30)", name()));
-    return _device->dataService() != nullptr;
-}
-
 std::size_t Session::longestValue() const
 {
     return _device->peripheral()->maximumWriteValueLength(CBCharacteristicWriteType::withoutResponse);
@@ -91,21 +84,27 @@ std::size_t Session::longestValue() const
 
 std::string Session::limit() const { return fmt::format("{:g} s", _options.timeout.count()); }
 
-void Session::waitFor(std::string purpose)
+void Session::wait(Seconds limit, Then late)
 {
     waitIsOver();
-    _purpose = std::move(purpose);
-    _timer = DispatchTimer::scheduledTimer(DispatchQueue::main(), _options.timeout, [weak = weak_from_this()] {
-        const auto self = weak.lock();
-        if (!self)
-            return;
+    _timer = DispatchTimer::scheduledTimer(
+        DispatchQueue::main(), limit, [weak = weak_from_this(), late = std::move(late)] {
+            if (const auto self = weak.lock())
+                late(*self);
+        });
+}
+
+void Session::waitFor(std::string purpose)
+{
+    wait(_options.timeout, [](Session& self) {
         auto sentence
-            = fmt::format("{} did not answer within {} when asked to {}", self->name(), self->limit(), self->_purpose);
-        if (self->_phase != Phase::closing)
-            return self->fail(sentence);
-        self->_output.note(sentence);
-        self->end();
+            = fmt::format("{} did not answer within {} when asked to {}", self.name(), self.limit(), self._purpose);
+        if (self._phase != Phase::closing)
+            return self.fail(sentence);
+        self._output.note(sentence);
+        self.end();
     });
+    _purpose = std::move(purpose);
 }
 
 void Session::waitIsOver()
@@ -121,10 +120,9 @@ void Session::pause(std::optional<Seconds> span, Then then)
     waitIsOver();
     _pause = std::move(then);
     if (span)
-        _timer = DispatchTimer::scheduledTimer(DispatchQueue::main(), *span, [weak = weak_from_this()] {
-            const auto self = weak.lock();
-            if (const auto next = self ? std::exchange(self->_pause, nullptr) : nullptr)
-                next(*self);
+        wait(*span, [](Session& self) {
+            if (const auto next = std::exchange(self._pause, nullptr))
+                next(self);
         });
 }
 
@@ -137,59 +135,37 @@ void Session::interrupt(ExitCode code)
         finish(code);
 }
 
-// Requests
+// A device that starts anew
 
-void Session::attempt(const AuriskRequest& request, ThenWith<AuriskResult> then)
+void Session::awaitReturn(Seconds limit, std::string ifItStaysAway, Then then)
 {
-    if (!answersRequests())
-        return;
-    waitFor(purpose(request));
-    _lastReply.reset();
-    _isAsking = true;
-    _device->request(
-        request, [weak = weak_from_this(), wait = _wait, request, then = std::move(then)](const AuriskResult& result) {
-            const auto self = weak.lock();
-            if (!self)
-                return;
-            self->_isAsking = false;
-            if (self->_wait == wait)
-                self->answered(request, result, then);
-            else if (self->_phase == Phase::undoing)
-                self->undoNext();
-        });
-}
-
-void Session::answered(const AuriskRequest& request, const AuriskResult& result, const ThenWith<AuriskResult>& then)
-{
-    waitIsOver();
-    if (result.isSuccess() || isRefusal(*result.error()))
-        return then(*this, result);
-    if (result.error()->as<AuriskResultError::disconnected>())
-        return fail(fmt::format("{} is not connected", name()));
-    fail(fmt::format("{} did not answer within {:g} s when asked to {}", name(),
-        AuriskDataService::defaultTimeout.count(), purpose(request)));
-}
-
-void Session::request(const AuriskRequest& request, ThenWith<AuriskResponse> then, std::optional<AuriskRequest> undo)
-{
-    const bool hasUndo = undo.has_value();
-    if (hasUndo)
-        _undo.push_back(*std::move(undo));
-    attempt(request, [request, hasUndo, then = std::move(then)](Session& self, const AuriskResult& result) {
-        if (result.isSuccess())
-            return then(self, *result.data());
-        if (hasUndo)
-            self._undo.pop_back();
-        if (result.error()->as<AuriskResultError::other>())
-            return self.failBeyondAnswer(request);
-        self.fail(fmt::format("{} refused to {}{}", self.name(), purpose(request), advice(request)));
+    _left = [=](Session& self) { self.connectAgain(limit, ifItStaysAway, then); };
+    if (_device->state() != AccessoryState::connected)
+        return didLeave();
+    wait(_options.timeout, [](Session& self) {
+        self.waitFor("disconnect");
+        self._device->disconnect();
     });
 }
 
-void Session::failBeyondAnswer(const AuriskRequest& request)
+void Session::didLeave()
 {
-    fail(fmt::format("{} gave an answer that fits nothing when asked to {}", name(), purpose(request)));
+    if (const auto next = std::exchange(_left, nullptr)) {
+        _mayLeave = false;
+        next(*this);
+    }
 }
+
+void Session::connectAgain(Seconds limit, const std::string& ifItStaysAway, Then then)
+{
+    wait(limit, [ifItStaysAway](Session& self) {
+        self._ifCutShort = nullptr; // the sentence says it all
+        self.fail(ifItStaysAway);
+    });
+    connect(std::move(then));
+}
+
+// The other devices
 
 void Session::meet(Then then)
 {
@@ -201,60 +177,6 @@ void Session::meet(Then then)
             return then(*self);
         self->fail(fmt::format("{} was left as it is, since the other one cannot go on", self->name()));
     });
-}
-
-// Logs
-
-void Session::fetchLog(AuriskDataLogType type, ThenWith<Data> then)
-{
-    const auto device = std::dynamic_pointer_cast<AuriskA16Accessory>(_device);
-    if (!device)
-        return fail(fmt::format("{} keeps no logs", name()));
-    if (!answersRequests())
-        return;
-    waitFor(purpose(type));
-    _logFetched = std::move(then);
-    device->requestDataLog(type, [weak = weak_from_this(), type](const std::optional<Data>& log) {
-        const auto self = weak.lock();
-        const auto next = self ? std::exchange(self->_logFetched, nullptr) : nullptr;
-        if (!next)
-            return;
-        self->waitIsOver();
-        if (log)
-            return next(*self, *log);
-        self->fail(fmt::format("{} refused to {}, or not all of it came", self->name(), purpose(type)));
-    });
-}
-
-// The battery
-
-void Session::readBattery(ThenWith<int> then)
-{
-    const auto service = _device->batteryService();
-    if (!service)
-        return fail(fmt::format("{} has no battery service (180F)", name()));
-    waitFor("tell its battery level");
-    _batteryRead = std::move(then);
-    if (service->readNotifyCharacteristic())
-        askForBattery();
-}
-
-/// Once the characteristics of the service are known.
-void Session::askForBattery()
-{
-    if (_device->batteryService()->readNotifyCharacteristic())
-        _device->readBattery();
-    else
-        fail(fmt::format("the battery service of {} holds no level (2A19)", name()));
-}
-
-void Session::batteryDidChanged(const std::shared_ptr<AuriskAccessory>&, int bat)
-{
-    if (const auto then = std::exchange(_batteryRead, nullptr)) {
-        waitIsOver();
-        then(*this, bat);
-    } else if (_events.battery)
-        _events.battery(*this, bat);
 }
 
 // What is told
@@ -278,6 +200,10 @@ void Session::picture(const std::string& caption, const Fields& fields, const st
     _output.picture(name(), caption, identified(fields), lines);
 }
 
+void Session::showLive(const std::string& line) { _output.showLive(name(), line); }
+
+void Session::endLive() { _output.endLive(name()); }
+
 // The end
 
 void Session::fail(const std::string& sentence, ExitCode code)
@@ -297,6 +223,10 @@ void Session::finish(ExitCode code)
         return;
     _phase = Phase::undoing;
     _code = code;
+    _mayLeave = false;
+    _left = nullptr;
+    if (const auto atEnd = std::exchange(_atEnd, nullptr))
+        atEnd(*this);
     const auto cutShort = std::exchange(_ifCutShort, nullptr);
     if (const auto sentence = cutShort && code != ExitCode::done ? cutShort() : ""; !sentence.empty())
         _output.failure({ .code = code, .sentence = sentence, .name = name() });
@@ -323,17 +253,17 @@ void Session::undoNext()
 void Session::letItAnswer()
 {
     constexpr auto longest = AuriskDataService::defaultTimeout * 2; // of a write that is followed by a switch
-    _timer = DispatchTimer::scheduledTimer(DispatchQueue::main(), longest, [weak = weak_from_this()] {
-        if (const auto self = weak.lock()) {
-            self->_isAsking = false;
-            self->undoNext();
-        }
+    wait(longest, [](Session& self) {
+        self._isAsking = false;
+        self.undoNext();
     });
 }
 
 void Session::close()
 {
     _phase = Phase::closing;
+    if (_device->state() == AccessoryState::disconnected)
+        return end();
     waitFor("disconnect");
     if (!_device->disconnect())
         end();
@@ -376,16 +306,14 @@ void Session::deviceDidDiscoverServices(
 
 void Session::deviceDidFailToConnect(const std::shared_ptr<Accessory>&, const MaybeError& error)
 {
+    if (_phase == Phase::closing)
+        return end();
     if (_phase != Phase::opening)
         return;
     if (isRadioOff())
         return fail(fmt::format("Bluetooth was switched off while {} was being connected", name()),
             ExitCode::bluetoothUnavailable);
-    if (error)
-        return fail(fmt::format("{} cannot be connected: {}", name(), error->localizedDescription));
-    if (const auto manager = _device->manager()) // the radio is still trying
-        manager->disconnectFromPerpheral(_device->peripheral());
-    fail(fmt::format("{} did not answer within {} when asked to connect", name(), limit()));
+    fail(fmt::format("{} cannot be connected{}", name(), error ? ": " + error->localizedDescription : ""));
 }
 
 void Session::deviceDidDisconnect(const std::shared_ptr<Accessory>&, const MaybeError&)
@@ -397,6 +325,8 @@ void Session::deviceDidDisconnect(const std::shared_ptr<Accessory>&, const Maybe
     if (isRadioOff())
         return fail(
             fmt::format("Bluetooth was switched off while {} was connected", name()), ExitCode::bluetoothUnavailable);
+    if (_mayLeave)
+        return didLeave();
     const auto purpose = _purpose.empty() ? "" : fmt::format(" while it was asked to {}", _purpose);
     fail(fmt::format("the link to {} was lost{}", name(), purpose));
 }

@@ -53,6 +53,7 @@ public:
 
     const Options& options() const { return _options; }
     const AuriskAccessory& device() const { return *_device; }
+    AuriskAccessory& device() { return *_device; }
     /// The name under which it was found. What is read of its profile does not change it.
     const std::string& name() const { return _name; }
     /// How many bytes a value that the device notifies, or that is written to it, can have.
@@ -90,6 +91,17 @@ public:
     /// What to say where the session ends before it is done, about what it may have changed by then. Empty: nothing.
     void setIfCutShort(std::function<std::string()> sentence) { _ifCutShort = std::move(sentence); }
 
+    /// Once, when the session begins to end, whatever the reason.
+    void setAtEnd(Then atEnd) { _atEnd = std::move(atEnd); }
+
+    /// From here on a lost link ends nothing: whoever allows it hears of it elsewhere.
+    void allowLeaving() { _mayLeave = true; }
+
+    /// The device, which may leave, starts anew: waits until it has gone, connects once it is back, discovers its
+    /// services, and goes on. A device that does not go by itself is disconnected; one that is not back within `limit`
+    /// ends the session with that sentence.
+    void awaitReturn(Seconds limit, std::string ifItStaysAway, Then then);
+
     /// Reads the battery level.
     void readBattery(ThenWith<int> then);
 
@@ -109,6 +121,10 @@ public:
     void block(const Fields& fields);
     void picture(const std::string& caption, const Fields& fields, const std::vector<std::string>& lines);
     void note(const std::string& sentence) { _output.note(sentence); }
+
+    /// A line about this device that is redrawn in place (Output::showLive).
+    void showLive(const std::string& line);
+    void endLive();
     const Style& style() const { return _output.style(); }
 
     /// Undoes, disconnects, ends.
@@ -133,6 +149,10 @@ public:
 private:
     enum class Phase { opening, working, undoing, closing, ended };
 
+    void connect(Then then);
+    void didLeave();
+    void connectAgain(Seconds limit, const std::string& ifItStaysAway, Then then);
+    void wait(Seconds limit, Then late);
     void waitFor(std::string purpose);
     void waitIsOver();
     void answered(const AuriskRequest& request, const AuriskResult& result, const ThenWith<AuriskResult>& then);
@@ -163,6 +183,9 @@ private:
     std::string _purpose; ///< what the device is asked for in this wait
     std::shared_ptr<DispatchTimer> _timer; ///< the limit of this wait, or the end of a pause
     Then _opened;
+    bool _mayLeave = false;
+    Then _left; ///< once the link has gone
+    Then _atEnd;
     Then _pause;
     ThenWith<int> _batteryRead;
     ThenWith<Data> _logFetched;

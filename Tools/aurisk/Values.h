@@ -32,6 +32,7 @@ constexpr Range frequencies{ 1, 65535 }; ///< Hz
 constexpr Range decibels{ 0, 255 };
 constexpr Range amplitudes{ 0, 32767 };
 constexpr Range timestamps{ 0, 2147483647 };
+constexpr Range firmwareTypes{ 0, 2 };
 
 /// A whole number in decimal digits: `volume: 16 is outside 0 to 15`.
 int wholeNumber(std::string_view place, std::string_view text, Range range);

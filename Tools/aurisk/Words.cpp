@@ -204,6 +204,11 @@ void takePreset(Options& options, WordList& words)
     options.assignments = { { std::string(nameOf(options)), takeValue(options, words, "what it is to be") } };
 }
 
+void takeUpdate(Options& options, WordList& words)
+{
+    options.file = takeValue(options, words, "the file with the firmware");
+}
+
 /// A first word that holds anything but hexadecimal digits is the device.
 void takeFrame(Options& options, WordList& words)
 {
@@ -261,6 +266,11 @@ constexpr std::string_view profileNotes
 constexpr std::string_view logsNotes = "Only hearing aids with the chip a16 keep logs. What their numbers count is up "
                                        "to the hearing aid. With --both a\n"
                                        "FILE called log.bin stands for log-L.bin and log-R.bin.";
+constexpr std::string_view updateNotes
+    = "FILE is the image, sent as it is: whether it fits the hearing aid, nobody but you can know. The hearing aid "
+      "checks\n"
+      "what it received, starts it and leaves; then it is connected again, and old and new versions are told. With\n"
+      "--both the same image goes to both at the same time. An update that was broken off begins anew.";
 constexpr std::string_view codecNotes
     = "Reads one JSON object a line from standard input, such as {\"op\": \"hex.toBytes\", \"text\": \"fe 68\"}, and "
       "writes\n"
@@ -307,6 +317,7 @@ const Row& rowOf(Command command)
                   "import [DEVICE] FILE" },
                 profileNotes } },
         { Command::logs, takeDevice, { { "[DEVICE]", "[DEVICE] [--events FILE] [--loop-gain FILE]" }, logsNotes } },
+        { Command::update, takeUpdate, { { "[DEVICE] FILE", "[DEVICE] FILE --type 0|1|2" }, updateNotes } },
         { Command::codec, takeNothing, { { "" }, codecNotes } },
     };
     return *std::find_if(std::begin(rows), std::end(rows), [&](const Row& row) { return row.command == command; });

@@ -3,7 +3,7 @@
 _aurisk()
 {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands="scan info program volume mute transparency bredr battery find tone orientation monitor raw dsp eq noise direction global profile logs codec"
+    local commands="scan info program volume mute transparency bredr battery find tone orientation monitor raw dsp eq noise direction global profile logs update codec"
     local words="--backend --world --new-world --both --json --log --timeout --help"
     local command= action= word i
     COMPREPLY=()
@@ -16,6 +16,10 @@ _aurisk()
     --world | --events | --loop-gain)
         compopt -o filenames 2>/dev/null
         mapfile -t COMPREPLY < <(compgen -f -- "$current")
+        return
+        ;;
+    --type)
+        COMPREPLY=($(compgen -W "0 1 2" -- "$current"))
         return
         ;;
     --timeout | --duration | --seconds | --program | --db | --amp | --timestamp)
@@ -44,6 +48,7 @@ _aurisk()
     volume | dsp | eq | noise | direction) words+=" --program" ;;
     bredr) words+=" --continuous" ;;
     logs) words+=" --events --loop-gain" ;;
+    update) words+=" --type" ;;
     tone) words+=" --db --amp --seconds --timestamp" ;;
     esac
     case $command in
@@ -58,7 +63,7 @@ _aurisk()
     direction) words+=" normal tv meeting face" ;;
     esac
     case "$command $action" in
-    "dsp export" | "dsp import" | "global export" | "global import" | "profile export" | "profile import")
+    "dsp export" | "dsp import" | "global export" | "global import" | "profile export" | "profile import" | "update "*)
         compopt -o filenames 2>/dev/null
         mapfile -t COMPREPLY < <(compgen -f -- "$current")
         [[ $current == -* ]] || return

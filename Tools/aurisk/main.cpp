@@ -64,6 +64,8 @@ ExitCode runCommand(const Options& options, Descriptors& descriptors, Output& ou
         return ExitCode::bluetoothUnavailable;
     }
     AuriskLog::setEnable(options.log);
+    if (options.command == Command::update && !options.log)
+        descriptors.silenceLibrary(); // which prints how fast it is at every percent: on a terminal, into the bars
     const auto code = runSimulated(options, descriptors, output);
     if (descriptors.error() == 0)
         return code;
@@ -74,7 +76,10 @@ ExitCode runCommand(const Options& options, Descriptors& descriptors, Output& ou
 ExitCode runArguments(const std::vector<std::string>& arguments, Descriptors& descriptors)
 {
     Output output(descriptors,
-        { .json = wantsJson(arguments), .colour = descriptors.isColourful(), .drawing = descriptors.isDrawing() });
+        { .json = wantsJson(arguments),
+            .colour = descriptors.isColourful(),
+            .drawing = descriptors.isDrawing(),
+            .redrawing = descriptors.isRedrawing() });
     try {
         const auto parsed = parseArguments(arguments);
         if (const auto* options = std::get_if<Options>(&parsed))

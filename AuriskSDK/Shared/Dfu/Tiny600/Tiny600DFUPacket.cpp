@@ -7,14 +7,11 @@
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <limits>
 
 namespace aurisk {
 
 namespace {
 
-constexpr std::uint64_t mostCounted = std::numeric_limits<std::uint32_t>::max();
-constexpr std::uint64_t largestImage = mostCounted / 100;
 constexpr Seconds untilOutcome{ 0.1 };
 
 std::shared_ptr<CBPeripheral> peripheralOf(const CBCharacteristic& characteristic)

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -34,8 +35,10 @@ public:
     Tiny600DFUPacket(Key, std::shared_ptr<CBCharacteristic> writeCharacteristic,
         std::shared_ptr<CBCharacteristic> notifyCharacteristic);
 
-    /// A firmware image that cannot be sent is a broken precondition: one of no bytes, or of 42,949,673 or more, since
-    /// the percentage is counted in 32 bits.
+    /// Bytes: the percentage is counted in 32 bits.
+    static constexpr std::uint32_t largestImage = std::numeric_limits<std::uint32_t>::max() / 100;
+
+    /// A firmware image that cannot be sent is a broken precondition: one of no bytes, or of more than `largestImage`.
     static void expectSendable(const DFUFirmware& firmware);
 
     const std::shared_ptr<CBCharacteristic>& writeCharacteristic() const { return _writeCharacteristic; }
