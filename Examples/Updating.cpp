@@ -5,8 +5,8 @@
 
 using namespace aurisk;
 
-/// Updates the firmware of the first hearing aid that the radio hears, waits until it is back, and asks which version it
-/// has now. The library waits for a silent hearing aid without a limit, so this sets one.
+/// Updates the firmware of the first hearing aid that the radio hears, waits until it is back, and asks which version
+/// it has now. The library waits for a silent hearing aid without a limit, so this sets one.
 class Updating final : public DFUServiceDelegate,
                        public DFUProgressDelegate,
                        public std::enable_shared_from_this<Updating> {

@@ -90,7 +90,16 @@ void FirmwareUpdate::dfuProgressDidChange(int to, double, double avgSpeedBytesPe
         _progress.report(*session, to, avgSpeedBytesPerSecond);
 }
 
+/// What follows ends the update, and that counts for nothing before the library has returned from here.
 void FirmwareUpdate::dfuError(DFUError error, const std::string& didOccurWithMessage)
+{
+    DispatchQueue::main().async([weak = weak_from_this(), error, didOccurWithMessage] {
+        if (const auto self = weak.lock())
+            self->failed(error, didOccurWithMessage);
+    });
+}
+
+void FirmwareUpdate::failed(DFUError error, const std::string& message)
 {
     const auto session = underWay();
     if (!session)
@@ -103,13 +112,13 @@ void FirmwareUpdate::dfuError(DFUError error, const std::string& didOccurWithMes
     const auto row = std::find_if(
         std::begin(rows), std::end(rows), [error](const Row& candidate) { return candidate.error == error; });
     const auto filled = [&](std::string_view text) {
-        return fmt::format(fmt::runtime(text), fmt::arg("answer", bytesOf(didOccurWithMessage)),
-            fmt::arg("size", _size), fmt::arg("file", inQuotes(session->options().file)),
+        return fmt::format(fmt::runtime(text), fmt::arg("answer", bytesOf(message)), fmt::arg("size", _size),
+            fmt::arg("file", inQuotes(session->options().file)),
             fmt::arg("type", int(session->options().firmwareType)));
     };
     const auto where = state == DFUState::uploading ? ' ' + _progress.howFar() : "";
     if (row == std::end(rows))
-        return fail(*session, fmt::format("{} failed to be updated: {}", _name, didOccurWithMessage), again);
+        return fail(*session, fmt::format("{} failed to be updated: {}", _name, message), again);
     fail(*session, fmt::format("{} {}{}", _name, filled(row->happened), where), filled(row->next));
 }
 

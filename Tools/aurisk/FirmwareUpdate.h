@@ -33,6 +33,7 @@ public:
 
 private:
     std::shared_ptr<Session> underWay();
+    void failed(DFUError error, const std::string& message);
     void watch(Session& session);
     void look();
     Seconds patience(const Session& session) const;
