@@ -17,20 +17,15 @@ public:
 
     std::vector<int> states;
     std::vector<std::string> errors;
+    std::function<void()> onError;
     std::vector<Progress> progress;
-    std::optional<Seconds> completedAt, uploadedAt;
 
-    void dfuStateDidChange(DFUState to) override
-    {
-        states.push_back(rawValue(to));
-        if (to == DFUState::completed)
-            completedAt = DispatchQueue::main().now();
-        if (to == DFUState::validating)
-            uploadedAt = DispatchQueue::main().now();
-    }
+    void dfuStateDidChange(DFUState to) override { states.push_back(rawValue(to)); }
     void dfuError(DFUError error, const std::string& message) override
     {
         errors.push_back(std::to_string(rawValue(error)) + " " + message);
+        if (onError)
+            onError();
     }
     void dfuProgressDidChange(int to, double current, double average) override
     {

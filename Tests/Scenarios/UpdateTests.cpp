@@ -114,6 +114,56 @@ TEST_F(Update, ThatLosesItsLinkIsAnErrorAndAnotherOneCompletesInTheSameProcess)
     EXPECT_EQ(installed(), second);
 }
 
+TEST_F(Update, ThatIsStoppedWhenItsLinkGoesHasFailedForNobody)
+{
+    givenAConnectedAid();
+    start(image(20000));
+    after(0.5s);
+    app->onDisconnect = [this] { accessory->stopOTA(); };
+    simulator->radio().dropLink(aidName);
+    after(1s);
+    EXPECT_THAT(updates->errors, IsEmpty());
+}
+
+TEST_F(Update, StartedTooEarlyInANewConnectionIsAnError)
+{
+    givenAConnectedAid();
+    accessory->disconnect();
+    after(1s);
+    app->onConnect = [this](const auto&) { start(image(300)); }; // on the services of the last connection
+    ASSERT_TRUE(accessory->connect(app, "left"));
+    after(1s);
+    EXPECT_THAT(updates->errors, ElementsAre("10 Receiving notification failed"));
+    const auto bytes = image(300);
+    start(bytes);
+    after(1s);
+    EXPECT_EQ(installed(), bytes);
+}
+
+TEST_F(Update, MayCostTheAccessoryItsLifeWhereverAnErrorIsTold)
+{
+    for (const bool isConnected : { false, true }) {
+        isConnected ? givenAConnectedAid() : givenAFoundAid();
+        if (!isConnected) {
+            ASSERT_TRUE(accessory->connect(app, "left"));
+            after(1s);
+            accessory->disconnect();
+            after(1s);
+        }
+        updates->onError = [this] {
+            manager->clearAccessories([](const auto&, const auto&) { return true; });
+            accessory.reset();
+        };
+        start(image(20000));
+        after(0.5s);
+        if (isConnected)
+            simulator->radio().dropLink(aidName);
+        after(1s);
+        EXPECT_EQ(accessory, nullptr);
+    }
+    EXPECT_EQ(updates->errors.size(), 2U);
+}
+
 TEST_F(Update, GoesOnWhileTheDeviceAnswersRequests)
 {
     givenAConnectedAid();

@@ -42,7 +42,7 @@ public:
     void characteristicsArrive(bool failed, Seconds now)
     {
         pass(now);
-        _isKnown = _isKnown || !failed;
+        _isKnown = _isKnown || !failed || !_isRunning;
         if (_step != Step::discovering)
             return;
         _step = failed ? Step::stuck : Step::subscribing;
@@ -92,7 +92,8 @@ public:
     void linkGoes(Seconds now)
     {
         pass(now);
-        if (_late.empty() && std::exchange(_isUnderWay, false))
+        const auto isFinal = [](const Late& late) { return late.isFailure || late.in == Step::validating; };
+        if (std::exchange(_isUnderWay, false) && std::ranges::none_of(_late, isFinal))
             errors.push_back("10 Receiving notification failed");
     }
 
@@ -136,7 +137,6 @@ private:
     {
         states.push_back(1);
         _late.clear(); // whatever became of the update before
-        _taken = _underWay = 0;
     }
 
     void fails(std::string error)

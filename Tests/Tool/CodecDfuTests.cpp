@@ -44,6 +44,8 @@ TEST(CodecDfu, AnswersOfTheDevice)
             R"({"ok":{"requestOpCode":1,"status":"init_success"}})" },
         { R"({"op":"dfu.response","bytes":"00fe689d03910319b516"})",
             R"({"ok":{"requestOpCode":3,"status":"boot_write_ok"}})" },
+        { R"({"op":"dfu.response","bytes":"00fe689d03910515b316"})",
+            R"({"ok":{"requestOpCode":5,"status":"recv_pkg_success"}})" },
         { R"({"op":"dfu.response","bytes":"00fe689d03910615b416"})",
             R"({"ok":{"requestOpCode":null,"status":"recv_pkg_success"}})" },
         { R"({"op":"dfu.response","bytes":"00fe689d0391021bb616"})", R"({"ok":{"requestOpCode":2,"status":null}})" },

@@ -160,11 +160,13 @@ void AuriskAccessory::readBattery()
 
 void AuriskAccessory::startOTA(std::shared_ptr<DFUConfigure> configure)
 {
-    if (!_firmwareUpdateService)
+    const auto self = shared_from_this(); // a delegate may let go of the last reference from outside
+    const auto updating = _firmwareUpdateService;
+    if (!updating)
         return;
-    _firmwareUpdateService->start(std::move(configure));
+    updating->start(std::move(configure));
     if (state() != AccessoryState::connected)
-        _firmwareUpdateService->didDisconnect(std::nullopt);
+        updating->didDisconnect(std::nullopt);
 }
 
 void AuriskAccessory::stopOTA()
@@ -197,6 +199,8 @@ std::shared_ptr<AccessoryService> AuriskAccessory::initial(const std::shared_ptr
         return _batteryService;
     }
     if (service->uuid() == firmwareUpdate) {
+        if (const auto former = _firmwareUpdateService) // begun on it since, an update has no link
+            former->didDisconnect(std::nullopt);
         _firmwareUpdateService = AuriskDFUService::create(service->uuid().uuidString(), peripheral(), service);
         return _firmwareUpdateService;
     }

@@ -128,9 +128,9 @@ public:
     /// before the update has completed, or be gone already, the delegate hears DFUError::receivingNotificationFailed.
     void startOTA(std::shared_ptr<DFUConfigure> configure);
 
-    /// Ends an update, or clears away one that has failed or completed, so that another one can start: not from within
-    /// the delegate's `dfuError`, but once that has returned. The device is not told: it takes the next update as a new
-    /// one.
+    /// Ends an update, or clears away one that has failed or completed, so that another one can start: after the
+    /// delegate's `dfuError` has returned, and again where one is told later. The device is not told. Before another
+    /// update starts, let its answers to this one arrive, since they would count for that.
     void stopOTA();
 
     void updateManufacturerData(std::shared_ptr<CBPeripheral> peripheral, DataView mfgData) override;

@@ -10,8 +10,9 @@
 namespace aurisk {
 
 /// One GATT service of a connected accessory, in the hands of the family that knows it. Made when services are
-/// discovered, owned by the accessory, replaced at the next connection. It is not told of connections and
-/// disconnections: it learns of a lost link by its own failed writes. Everything here is called on the main queue.
+/// discovered, owned by the accessory, replaced at the next connection. Unless its family says otherwise it is not told
+/// of connections and disconnections: it learns of a lost link by its own failed writes. Everything here is called on
+/// the main queue.
 class AccessoryService : public std::enable_shared_from_this<AccessoryService> {
 protected:
     struct Key {

@@ -32,7 +32,7 @@ public:
     DispatchQueue& delegateQueue; ///< of `delegate`, for states
     DispatchQueue& progressDelegateQueue;
     std::weak_ptr<DFUServiceDelegate> delegate;
-    std::weak_ptr<DFUProgressDelegate> progressDelegate;
+    std::weak_ptr<DFUProgressDelegate> progressDelegate; ///< kept alive by the update, until that is aborted
 };
 
 } // namespace aurisk

@@ -102,8 +102,8 @@ public:
     virtual void dfuStateDidChange(DFUState to) = 0;
 
     /// The update has failed. Another one begins only once this one has been aborted, and that after this call has
-    /// returned: an abort from within counts for nothing. Called on the main queue, before states that are still
-    /// waiting in the delegate queue.
+    /// returned: it takes back an abort from within. Called on the main queue, before states that are still waiting in
+    /// the delegate queue.
     virtual void dfuError(DFUError error, const std::string& didOccurWithMessage) = 0;
 };
 

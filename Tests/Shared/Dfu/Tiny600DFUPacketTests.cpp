@@ -123,12 +123,12 @@ TEST_F(UpdatePackets, CarryTheImageInTurnAndReportEachPercentOnce)
     EXPECT_THAT(take(), ElementsAre("valid"));
     answers->setValue(bootOk);
     packets->peripheralDidUpdateValueFor(*peripheral, answers, std::nullopt);
-    EXPECT_TRUE(packets->isOutcomePending());
+    EXPECT_TRUE(packets->isDecided());
     queue.advance(0.099s);
     EXPECT_THAT(take(), IsEmpty());
     queue.advance(0.002s);
     EXPECT_THAT(take(), ElementsAre("booted"));
-    EXPECT_FALSE(packets->isOutcomePending());
+    EXPECT_FALSE(packets->isDecided());
 }
 
 TEST_F(UpdatePackets, WrapTheirNumberAtSixteenBits)

@@ -111,24 +111,22 @@ bool AuriskDFUService::abort()
     expectMainQueue();
     _aborted = true;
     _isUnderWay = false;
-    if (_report && _firmware) {
+    _progressDelegate = nullptr;
+    if (_report) { // still waiting for the characteristics: it leaves nothing behind
         _firmware = nullptr;
         _success = nullptr;
         _report = nullptr;
-        _progressDelegate = nullptr;
         _configure = nullptr;
-        if (_dfuPacketCharacteristic)
-            _dfuPacketCharacteristic->reset();
     }
     tell(DFUState::aborted);
     return _aborted;
 }
 
-/// `step`, which does nothing once the service has gone, or the update has been given up.
+/// `step`, which does nothing once the service has gone.
 std::function<void()> AuriskDFUService::next(void (AuriskDFUService::*step)())
 {
     return [weak = std::weak_ptr(self()), step] {
-        if (const auto self = weak.lock(); self && self->_firmware)
+        if (const auto self = weak.lock())
             (self.get()->*step)();
     };
 }
@@ -149,6 +147,7 @@ std::shared_ptr<AuriskDFUService> AuriskDFUService::self()
 /// Deliberately, whoever hears of it has to abort the update afterwards before another one can start.
 void AuriskDFUService::fail(DFUError error, const std::string& message)
 {
+    const auto self = shared_from_this(); // a delegate may let go of the last reference from outside
     if (const auto delegate = _configure ? _configure->delegate.lock() : nullptr)
         delegate->dfuError(error, message);
     _aborted = false;
@@ -166,19 +165,22 @@ void AuriskDFUService::tell(DFUState state) const
 
 // The radio
 
+/// What the device has decided is told in a moment, even where another connection replaces this service by then.
 void AuriskDFUService::didDisconnect(const MaybeError&)
 {
-    const bool isDecided = _dfuPacketCharacteristic && _dfuPacketCharacteristic->isOutcomePending();
-    if (isDecided || !std::exchange(_isUnderWay, false)) // what has been decided is told in a moment
+    if (!std::exchange(_isUnderWay, false))
         return;
-    fail(DFUError::receivingNotificationFailed, "Receiving notification failed");
+    if (_dfuPacketCharacteristic && _dfuPacketCharacteristic->isDecided())
+        DispatchQueue::main().asyncAfter(Tiny600DFUPacket::untilOutcome, [self = self()] {});
+    else
+        fail(DFUError::receivingNotificationFailed, "Receiving notification failed");
 }
 
 void AuriskDFUService::didDiscoverCharacteristics(
     const std::vector<std::shared_ptr<CBCharacteristic>>& characteristics, const MaybeError& error)
 {
     // What is known stays, also where the same question is answered twice: an update may be running on it.
-    if (!error && !_dfuPacketCharacteristic)
+    if (!_dfuPacketCharacteristic && (_aborted || !error))
         _dfuPacketCharacteristic = packetLayer(characteristics);
 
     const auto onward = std::exchange(_success, nullptr);

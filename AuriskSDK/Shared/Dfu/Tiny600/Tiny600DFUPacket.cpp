@@ -12,8 +12,6 @@ namespace aurisk {
 
 namespace {
 
-constexpr Seconds untilOutcome{ 0.1 };
-
 std::shared_ptr<CBPeripheral> peripheralOf(const CBCharacteristic& characteristic)
 {
     const auto service = characteristic.service();
@@ -48,15 +46,20 @@ void Tiny600DFUPacket::expectSendable(const DFUFirmware& firmware)
 
 // Steps
 
+void Tiny600DFUPacket::begin(Success onSuccess, Report onError)
+{
+    _success = std::move(onSuccess);
+    _report = std::move(onError);
+}
+
 void Tiny600DFUPacket::enableNotifications(Success onSuccess, Report onError)
 {
     ++_update;
-    _pendingOutcomes = 0;
-    reset();
+    _finalOutcomes = 0;
+    _isValidating = false;
     _complete = nullptr;
-    _success = std::move(onSuccess);
-    _report = std::move(onError);
-    const auto peripheral = reachedPeripheral();
+    begin(std::move(onSuccess), std::move(onError));
+    const auto peripheral = reachedPeripheral(*_notifyCharacteristic);
     if (!peripheral)
         return;
     const auto uuid = _notifyCharacteristic->uuid().uuidString();
@@ -69,11 +72,13 @@ void Tiny600DFUPacket::sendStartDfu(const DFUFirmware& firmware, Success onSucce
 {
     expectSendable(firmware);
     const auto frame = Tiny600DFUFrame::start(firmware, _packetSize);
-    _success = std::move(onSuccess);
-    _report = std::move(onError);
-    reset();
+    begin(std::move(onSuccess), std::move(onError));
+    const auto peripheral = reachedPeripheral(*_writeCharacteristic);
+    if (!peripheral)
+        return;
+    _upload = {};
     _totalBytes = static_cast<std::uint32_t>(firmware.totalSize);
-    write(frame);
+    write(*peripheral, frame);
 }
 
 void Tiny600DFUPacket::sendNext(const DFUFirmware& packetsOf, std::weak_ptr<DFUProgressDelegate> andReportProgressTo,
@@ -81,47 +86,47 @@ void Tiny600DFUPacket::sendNext(const DFUFirmware& packetsOf, std::weak_ptr<DFUP
 {
     expectSendable(packetsOf);
     const auto frame = Tiny600DFUFrame::packet(packetsOf, _packetSize, _upload.seqSent, _upload.bytesSent);
-    _success = std::move(onSuccess);
-    _report = std::move(onError);
+    begin(std::move(onSuccess), std::move(onError));
     _complete = std::move(onUploadComplete);
     _queue = &queue;
     _progressDelegate = std::move(andReportProgressTo);
+    const auto peripheral = reachedPeripheral(*_writeCharacteristic);
+    if (!peripheral)
+        return;
     _totalBytes = static_cast<std::uint32_t>(packetsOf.totalSize);
     _upload.currentBytes = static_cast<std::uint32_t>(frame.size()) - Tiny600DFUFrame::overhead;
     if (!_upload.startTime) {
         _upload.startTime = _upload.lastTime = DispatchQueue::main().now();
         tellProgress(0, 0, 0);
     }
-    write(frame);
+    write(*peripheral, frame);
 }
 
 void Tiny600DFUPacket::sendValidateData(
     const DFUFirmware& firmware, Complete onComplete, Success onSuccess, Report onError)
 {
-    _success = std::move(onSuccess);
-    _report = std::move(onError);
+    begin(std::move(onSuccess), std::move(onError));
     _complete = std::move(onComplete);
-    write(Tiny600DFUFrame::validate(firmware), "), for: "); // the bracket is what readers of these logs look for
+    _isValidating = true;
+    if (const auto peripheral = reachedPeripheral(*_writeCharacteristic))
+        write(*peripheral, Tiny600DFUFrame::validate(firmware), "), for: "); // the bracket is what readers of logs know
 }
 
 /// The step fails where there is none.
-std::shared_ptr<CBPeripheral> Tiny600DFUPacket::reachedPeripheral() const
+std::shared_ptr<CBPeripheral> Tiny600DFUPacket::reachedPeripheral(const CBCharacteristic& characteristic) const
 {
-    auto peripheral = peripheralOf(*_writeCharacteristic);
+    auto peripheral = peripheralOf(characteristic);
     if (!peripheral)
         fail(DFUError::initFailure, "Assert characteristic.service?.peripheral != nil failed");
     return peripheral;
 }
 
-void Tiny600DFUPacket::write(const Data& frame, std::string_view beforeFor)
+void Tiny600DFUPacket::write(CBPeripheral& peripheral, const Data& frame, std::string_view beforeUuid) const
 {
-    const auto peripheral = reachedPeripheral();
-    if (!peripheral)
-        return;
     if (AuriskLog::enable())
         AuriskLog::log(fmt::format("peripheral.writeValue(0x{}{}{}, type: .withoutResponse)", ask_hexadecimal(frame),
-            beforeFor, _writeCharacteristic->uuid().uuidString()));
-    peripheral->writeValue(frame, _writeCharacteristic, CBCharacteristicWriteType::withoutResponse);
+            beforeUuid, _writeCharacteristic->uuid().uuidString()));
+    peripheral.writeValue(frame, _writeCharacteristic, CBCharacteristicWriteType::withoutResponse);
 }
 
 // Answers
@@ -174,12 +179,14 @@ void Tiny600DFUPacket::act(Tiny600DFUResultCode status)
     case Code::recv_pkg_success: return packetTaken();
     case Code::recv_pkg_seq_failure: return fail(DFUError::sequenceFailure, "recv_pkg_seq_failure");
     case Code::crc_failure: return fail(DFUError::crcError, "crc error");
-    case Code::boot_write_ok: return soon(_complete);
+    case Code::boot_write_ok: return soon(_complete, _isValidating);
     case Code::boot_write_failure:
-        return soon([report = _report] {
-            if (report)
-                report(DFUError::bootWriteFailed, "boot write failed");
-        });
+        return soon(
+            [report = _report] {
+                if (report)
+                    report(DFUError::bootWriteFailed, "boot write failed");
+            },
+            true);
     }
 }
 
@@ -225,24 +232,25 @@ void Tiny600DFUPacket::reportProgress(std::uint8_t percent)
     _upload.progressReported = percent;
 }
 
+/// The queue may run on another thread, which then touches nothing but the delegate.
 void Tiny600DFUPacket::tellProgress(int percent, double currentSpeed, double avgSpeed)
 {
     if (_queue)
-        _queue->async([=, weak = weak_from_this()] {
-            const auto self = weak.lock();
-            if (const auto delegate = self ? self->_progressDelegate.lock() : nullptr)
+        _queue->async([=, self = weak_from_this(), weak = _progressDelegate] {
+            const auto delegate = weak.lock();
+            if (delegate && !self.expired())
                 delegate->dfuProgressDidChange(percent, currentSpeed, avgSpeed);
         });
 }
 
 /// The outcome of an update never reaches the next one.
-void Tiny600DFUPacket::soon(std::function<void()> outcome)
+void Tiny600DFUPacket::soon(std::function<void()> outcome, bool isFinal)
 {
-    ++_pendingOutcomes;
-    const auto tell = [self = shared_from_this(), update = _update, outcome = std::move(outcome)] {
+    _finalOutcomes += isFinal;
+    const auto tell = [self = shared_from_this(), update = _update, outcome = std::move(outcome), isFinal] {
         if (self->_update != update)
             return;
-        --self->_pendingOutcomes;
+        self->_finalOutcomes -= isFinal;
         if (outcome)
             outcome();
     };

@@ -51,8 +51,12 @@ public:
     std::uint32_t seqSent() const { return _upload.seqSent; } ///< of the next packet; only its low 16 bits travel
     std::uint32_t bytesSent() const { return _upload.bytesSent; } ///< that the device has taken
 
-    /// Whether the device has said that it starts the new image, or that it cannot, and nobody has been told yet.
-    bool isOutcomePending() const { return _pendingOutcomes > 0; }
+    /// How long after the device has said what became of its boot that is told.
+    static constexpr Seconds untilOutcome{ 0.1 };
+
+    /// Whether the device has said that it starts the validated image, or that it cannot start one, and nobody has been
+    /// told yet.
+    bool isDecided() const { return _finalOutcomes > 0; }
 
     /// Subscribes to the answers: the first step of an update. What an earlier one has left is forgotten.
     void enableNotifications(Success onSuccess, Report onError);
@@ -67,9 +71,6 @@ public:
 
     /// `onSuccess`: the device has received the image as it was sent; `onComplete`: it starts it.
     void sendValidateData(const DFUFirmware& firmware, Complete onComplete, Success onSuccess, Report onError);
-
-    /// Forgets how far a transfer has come.
-    void reset() { _upload = {}; }
 
     void peripheralDidUpdateNotificationStateFor(CBPeripheral& peripheral,
         const std::shared_ptr<CBCharacteristic>& characteristic, const MaybeError& error) override;
@@ -92,14 +93,15 @@ private:
         std::uint8_t percent; ///< of the image, and more than 100 where the device repeats itself
     };
 
-    std::shared_ptr<CBPeripheral> reachedPeripheral() const;
-    void write(const Data& frame, std::string_view beforeFor = ", for: ");
+    void begin(Success onSuccess, Report onError);
+    std::shared_ptr<CBPeripheral> reachedPeripheral(const CBCharacteristic& characteristic) const;
+    void write(CBPeripheral& peripheral, const Data& frame, std::string_view beforeUuid = ", for: ") const;
     void act(Tiny600DFUResultCode status);
     void packetTaken();
     std::optional<Counted> counted() const;
     void reportProgress(std::uint8_t percent);
     void tellProgress(int percent, double currentSpeed, double avgSpeed);
-    void soon(std::function<void()> outcome);
+    void soon(std::function<void()> outcome, bool isFinal);
     void succeed() const;
     void fail(DFUError error, const std::string& message) const;
 
@@ -114,7 +116,8 @@ private:
     std::uint32_t _totalBytes = 0;
     Upload _upload;
     int _update = 0; ///< counts updates
-    int _pendingOutcomes = 0; ///< of this one
+    int _finalOutcomes = 0; ///< of this one, still to be told
+    bool _isValidating = false;
 };
 
 } // namespace aurisk

@@ -22,7 +22,7 @@ const auto spaceEnough = "00 FE 68 9D 03 91 01 13 AD 16"_bytes, taken = "00 FE 6
            bootOk = "00 FE 68 9D 03 91 03 19 B5 16"_bytes, bootFailure = "00 FE 68 9D 03 91 03 1A B6 16"_bytes;
 
 /// An application and a device, the latter played by hand.
-class UpdateService : public testing::Test, public DFUServiceDelegate {
+class UpdateService : public testing::Test, public DFUServiceDelegate, public DFUProgressDelegate {
 protected:
     void dfuStateDidChange(DFUState to) override { heard.push_back(std::to_string(rawValue(to))); }
     void dfuError(DFUError error, const std::string& message) override
@@ -31,6 +31,7 @@ protected:
         if (onError)
             onError();
     }
+    void dfuProgressDidChange(int to, double, double) override { heard.push_back(std::to_string(to) + " %"); }
 
     std::shared_ptr<CBCharacteristic> characteristic(std::uint16_t uuid, Properties properties) const
     {
@@ -41,6 +42,7 @@ protected:
     {
         auto configure = DFUConfigure::create()->with(DFUFirmware::create(Data(15), DFUFirmwareType::type0));
         configure->delegate = delegate;
+        configure->progressDelegate = progressDelegate.lock();
         service->start(configure);
         queue.runUntilIdle();
     }
@@ -68,10 +70,13 @@ protected:
     std::shared_ptr<CBCharacteristic> answers = characteristic(0xAE3C, Properties::notify);
     std::shared_ptr<AuriskDFUService> service = AuriskDFUService::create("AE3A", peripheral, gatt);
     std::shared_ptr<DFUServiceDelegate> delegate{ this, [](auto*) {} };
+    std::weak_ptr<DFUProgressDelegate> progressDelegate; ///< whose reports are of interest
 };
 
 TEST_F(UpdateService, ChainsTheStepsAndReportsUploadingWithEveryPacket)
 {
+    const std::shared_ptr<DFUProgressDelegate> progress(this, [](auto*) {});
+    progressDelegate = progress;
     EXPECT_THAT(peripheral->take(), ElementsAre("characteristics AE3A"));
     givenCharacteristics();
     EXPECT_TRUE(service->aborted());
@@ -85,7 +90,7 @@ TEST_F(UpdateService, ChainsTheStepsAndReportsUploadingWithEveryPacket)
     arrives(taken);
     arrives(taken);
     arrives(crcSuccess);
-    EXPECT_THAT(take(), ElementsAre("2", "5", "5", "6", "7"));
+    EXPECT_THAT(take(), ElementsAre("2", "5", "0 %", "66 %", "5", "100 %", "6", "7"));
     EXPECT_EQ(peripheral->take().size(), 4U); // start, two packets, validate
     arrives(bootOk);
     EXPECT_THAT(take(), IsEmpty());
@@ -213,6 +218,8 @@ TEST_F(UpdateService, FailsWhenTheLinkGoesUnlessTheDeviceHasDecided)
         { {}, { lost } },
         { { spaceEnough, taken }, { lost } },
         { { spaceEnough, taken, taken, crcSuccess }, { lost } },
+        { { bootOk }, { lost } }, // which decides nothing yet
+        { { spaceEnough, bootOk }, { lost, "6" } },
         { { spaceEnough, taken, taken, crcSuccess, bootOk }, { "10" } },
         { { spaceEnough, taken, taken, crcSuccess, bootFailure }, { "error 19 boot write failed" } },
     };
