@@ -179,14 +179,14 @@ void Tiny600DFUPacket::act(Tiny600DFUResultCode status)
     case Code::recv_pkg_success: return packetTaken();
     case Code::recv_pkg_seq_failure: return fail(DFUError::sequenceFailure, "recv_pkg_seq_failure");
     case Code::crc_failure: return fail(DFUError::crcError, "crc error");
-    case Code::boot_write_ok: return soon(_complete, _isValidating);
+    case Code::boot_write_ok:
+        if (_complete)
+            soon(_complete, _isValidating);
+        return;
     case Code::boot_write_failure:
-        return soon(
-            [report = _report] {
-                if (report)
-                    report(DFUError::bootWriteFailed, "boot write failed");
-            },
-            true);
+        if (_report)
+            soon([report = _report] { report(DFUError::bootWriteFailed, "boot write failed"); }, true);
+        return;
     }
 }
 
@@ -251,8 +251,7 @@ void Tiny600DFUPacket::soon(std::function<void()> outcome, bool isFinal)
         if (self->_update != update)
             return;
         self->_finalOutcomes -= isFinal;
-        if (outcome)
-            outcome();
+        outcome();
     };
     DispatchQueue::main().asyncAfter(untilOutcome, tell);
 }
