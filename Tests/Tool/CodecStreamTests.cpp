@@ -68,17 +68,6 @@ TEST(CodecStream, AnswersEveryLineInItsPlace)
     EXPECT_THAT(answersTo("{\n" + line + "\n"), testing::EndsWith("\"}\n" + answer + "\n"));
 }
 
-TEST(CodecStream, AnswersManyLines)
-{
-    constexpr int count = 20'000;
-    std::ostringstream input, expected;
-    for (int i = 0; i < count; ++i) {
-        input << R"({"id":)" << i << R"(,"op":"request.encode","request":{"readVolume":{"program":0}}})" << '\n';
-        expected << R"({"id":)" << i << R"(,"ok":"fe68110201048016"})" << '\n';
-    }
-    EXPECT_TRUE(answersTo(input.str()) == expected.str());
-}
-
 TEST(CodecStream, AnswersALineOfAnyLength)
 {
     const std::string digits(1'000'000, 'a');
