@@ -102,7 +102,7 @@ TEST_F(ToolSettingsFile, SettingsOutliveTheRunThatImportedThem)
 
 TEST_F(ToolSettingsFile, WhatAllProgramsShareIsKeptInTheSameManner)
 {
-    for (const std::string name : { "Solo-L", "X1-L" }) {
+    for (const std::string name : { "Solo-L", "Uno-R", "X1-L" }) {
         const auto pristine = aid(name).state().globalBlock;
         auto file = exported("global export " + name);
         EXPECT_EQ(aurisk("global set " + name + " numberOfPrograms 1 toneLevel 0"), ExitCode::done);

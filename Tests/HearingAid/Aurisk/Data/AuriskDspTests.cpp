@@ -1,6 +1,5 @@
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskDsp.h"
 
-#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskGlobalDsp.h"
 #include "Tests/Support/Bytes.h"
 #include "Tests/Support/Stops.h"
 
@@ -9,7 +8,6 @@
 namespace aurisk::tests {
 namespace {
 
-using testing::Each;
 using testing::HasSubstr;
 using testing::Optional;
 
@@ -255,20 +253,6 @@ TEST(AuriskDsp, IsDescribedByItsLabels)
         "Noise "
         "Reduction: Off\n- Low Level Expansion: On\n- Wind Noise Reduction: Off\n- Low Cut Filter: Off\n- Remote Mix "
         "Ratio: -12 dB\n- MPO Attack Time: 10 ms\n- MPO Release Time: 350 ms");
-}
-
-TEST(AuriskDsp, IsTheBlockOfTheChip)
-{
-    const Data bytes(56);
-    for (const auto chip : { AuriskChip::a4, AuriskChip::h01 }) {
-        EXPECT_EQ(AuriskDsp::decode(chip, bytes), AuriskDsp(AuriskA4Dsp(bytes)));
-        EXPECT_EQ(AuriskGlobalDsp::decode(chip, bytes), AuriskGlobalDsp(AuriskA4GlobalDsp(bytes)));
-    }
-    EXPECT_EQ(AuriskDsp::decode(AuriskChip::a16, bytes), AuriskDsp(AuriskA16Dsp(bytes)));
-    EXPECT_EQ(AuriskDsp::decode(AuriskChip::a16, DataView(bytes).first(12)), std::nullopt);
-    EXPECT_EQ(AuriskGlobalDsp::decode(AuriskChip::a16, bytes), AuriskGlobalDsp(AuriskA16GlobalDsp(bytes)));
-    EXPECT_EQ(AuriskDsp::decode(AuriskChip::unassigned, bytes), std::nullopt);
-    EXPECT_EQ(AuriskGlobalDsp::decode(AuriskChip::unassigned, bytes), std::nullopt);
 }
 
 } // namespace

@@ -1,7 +1,6 @@
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskResult.h"
 
 #include "Tests/Support/Bytes.h"
-#include "Tests/Support/Stops.h"
 
 #include <gmock/gmock.h>
 
@@ -9,8 +8,6 @@ namespace aurisk::tests {
 namespace {
 
 using P = AuriskResponse;
-using testing::HasSubstr;
-using testing::Optional;
 
 /// A frame of a device: command, both identifiers, payload.
 AuriskRawData frame(const Data& bytes)
@@ -127,20 +124,6 @@ TEST(AuriskResponse, IsUnknownForACodeThatNoReplyHas)
         const auto strange = AuriskRawData::make(static_cast<std::uint8_t>(cmd), 0x01, 0x04, Data{ 6 });
         EXPECT_EQ(strange.toResponse(), AuriskResponse(P::unknown{ .data = strange })) << cmd;
     }
-}
-
-TEST(AuriskResponse, StopsWhereAByteIsReadThatIsNotThere)
-{
-    for (const auto& told :
-        { "91 00 04"_bytes, "91 01 04"_bytes, "91 FF 04"_bytes, "91 80 05"_bytes, "9D BE 00"_bytes, "9D BF 00"_bytes })
-        EXPECT_TRUE(stopOf([&] { return frame(told).toResult(); })) << testing::PrintToString(told);
-
-    // The number of the current program leads beyond the volumes.
-    EXPECT_THAT(stopOf([] { return frame("91 FF 04 02 05"_bytes).toResult(); }), Optional(HasSubstr("program 2")));
-    EXPECT_THAT(stopOf([] { return frame("9F 03 07 09"_bytes).toResult(); }), Optional(HasSubstr("program 3")));
-    EXPECT_THAT(stopOf([] { return frame("9F 00 07 09"_bytes).toResult(); }), Optional(HasSubstr("program 0")));
-    EXPECT_TRUE(stopOf([] { return AuriskRawData{ .cmd = 0x9F, .di1 = 0x07, .data = Data{ 9 } }.toResult(); }));
-    EXPECT_TRUE(stopOf([] { return AuriskRawData{ .cmd = 0x9F, .di0 = 0x01, .data = Data{} }.toResult(); }));
 }
 
 } // namespace
