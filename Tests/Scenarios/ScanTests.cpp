@@ -193,9 +193,9 @@ TEST_F(Scan, LetsTheApplicationChooseWhatBecomesAnAccessory)
 
 TEST_F(Scan, AsksASelectorThatReplacesItself)
 {
-    const auto selector = std::make_shared<PlainSelector>();
+    auto selector = std::make_shared<PlainSelector>();
     selector->onSelect = [this] { manager->setAccessorySelectorDelegate(nullptr); };
-    manager->setAccessorySelectorDelegate(selector);
+    manager->setAccessorySelectorDelegate(std::move(selector)); // which nobody else holds
     advertise(std::make_shared<StubPeripheral>(std::uint8_t(1), "one"), { .manufacturerData = Data{} });
     advertise(std::make_shared<StubPeripheral>(std::uint8_t(2), "two"), { .manufacturerData = Data{} });
     EXPECT_EQ(manager->accessories().size(), 1U);
