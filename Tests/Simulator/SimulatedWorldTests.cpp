@@ -15,6 +15,17 @@ const SimulatedAuriskAid& auriskAid(const SimulatedWorld& world, std::size_t ind
     return dynamic_cast<const SimulatedAuriskAid&>(*world.aids.at(index).aid);
 }
 
+/// What is wrong with what `work` reads or writes.
+std::string sentenceOf(const std::function<void()>& work)
+{
+    try {
+        work();
+    } catch (const SimulatedWorldError& error) {
+        return error.what();
+    }
+    return "nothing is wrong";
+}
+
 /// A file that is gone after the test.
 struct AWorldFile : testing::Test {
     ~AWorldFile() override { std::filesystem::remove_all(folder); }
@@ -135,14 +146,7 @@ TEST(AWorld, NamesThePlaceOfWhatIsWrong)
     };
     const auto good = json::parse(R"({ "scriptPeriod": 60,
         "aids": [{ "kind": "aurisk", "name": "A", "address": "00:00:00:00:00:01" }] })");
-    const auto sentence = [](const json& world) -> std::string {
-        try {
-            SimulatedWorld::fromJson(world);
-        } catch (const SimulatedWorldError& error) {
-            return error.what();
-        }
-        return "nothing is wrong";
-    };
+    const auto sentence = [](const json& world) { return sentenceOf([&] { SimulatedWorld::fromJson(world); }); };
     EXPECT_EQ(sentence(good), "nothing is wrong");
     for (const auto& row : rows) {
         auto world = good;
@@ -235,25 +239,18 @@ TEST(AWorld, MadeInCodeObeysTheSameRules)
 
 TEST_F(AWorldFile, SaysWhatIsWrongWithIt)
 {
-    const auto sentence = [](const auto& work) -> std::string {
-        try {
-            work();
-        } catch (const SimulatedWorldError& error) {
-            return error.what();
-        }
-        return "nothing is wrong";
-    };
     const auto loading = [&] { SimulatedWorld::load(path); };
-    EXPECT_EQ(sentence(loading), path.string() + ": cannot be read: No such file or directory");
+    EXPECT_EQ(sentenceOf(loading), path.string() + ": cannot be read: No such file or directory");
     write("{ \"aids\": ");
-    EXPECT_THAT(sentence(loading), testing::StartsWith(path.string() + ": is no JSON: "));
+    EXPECT_THAT(sentenceOf(loading), testing::StartsWith(path.string() + ": is no JSON: "));
     write("{ \"aids\": [7] }");
-    EXPECT_EQ(sentence(loading), path.string() + ": aids[0]: must be an object");
+    EXPECT_EQ(sentenceOf(loading), path.string() + ": aids[0]: must be an object");
     const auto nowhere = folder / "none" / "world.json";
-    EXPECT_EQ(sentence([&] { SimulatedWorld().save(nowhere); }),
+    EXPECT_EQ(sentenceOf([&] { SimulatedWorld().save(nowhere); }),
         nowhere.string() + ": cannot be written: No such file or directory");
     std::filesystem::create_directories(folder / "folder" / "inner");
-    EXPECT_THAT(sentence([&] { SimulatedWorld().save(folder / "folder"); }), testing::HasSubstr("cannot be written: "));
+    EXPECT_THAT(
+        sentenceOf([&] { SimulatedWorld().save(folder / "folder"); }), testing::HasSubstr("cannot be written: "));
     SimulatedWorld().save(path);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 2) << "nothing else lies about";
 }
