@@ -49,8 +49,6 @@ TEST(AuriskModeConfig, HasTheDefaultsAndSaysSoWhereBytesAreMissing)
     }
 }
 
-const auto everyByte = "34 12 78 56 BC 9A 07 08 09 0A 0B 0C 0D 0E 0F 10 35 1F 42 9E"_bytes;
-
 AuriskProfileReservedField everyField()
 {
     AuriskProfileReservedField field;
@@ -70,19 +68,6 @@ AuriskProfileReservedField everyField()
     field.modeConfig = modes({ 1, 2, 3, 0x0F, 1, 2, 4 });
     field.ageConfig = { .age = 30, .sex = 1 };
     return field;
-}
-
-TEST(AuriskProfileReservedField, IsTwentyBytes)
-{
-    EXPECT_EQ(AuriskProfileReservedField(everyByte), everyField());
-    EXPECT_EQ(everyField().toData(), everyByte);
-    auto more = everyByte;
-    more.push_back(0xFF);
-    EXPECT_EQ(AuriskProfileReservedField(more), everyField());
-
-    auto tooOld = everyField();
-    tooOld.ageConfig = { .age = 0x80 + 30, .sex = 0xFF };
-    EXPECT_EQ(tooOld.toData(), everyByte);
 }
 
 TEST(AuriskProfileReservedField, HasAPlaceForEachBit)
