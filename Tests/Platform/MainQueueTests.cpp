@@ -86,13 +86,6 @@ TEST(MainQueue, FindsAStopThatCameBeforeItWasRun)
     EXPECT_EQ(ran, 1);
 }
 
-TEST(MainQueue, IsStoppedFromAnotherThread)
-{
-    std::thread stopper([] { DispatchQueue::main().async(stopMainQueue); });
-    runMainQueue();
-    stopper.join();
-}
-
 TEST(MainQueue, RunsOnWhicheverThreadRunsIt)
 {
     auto& queue = DispatchQueue::main();

@@ -42,20 +42,6 @@ TEST(ManualDispatchQueue, CountsTimeWithoutRoundingErrors)
     EXPECT_EQ(queue.now(), 1s);
 }
 
-TEST(ManualDispatchQueue, RunsWhatWorkAddsOnTheWay)
-{
-    ManualDispatchQueue queue;
-    std::vector<double> ran;
-    std::function<void()> again = [&] {
-        ran.push_back(queue.now().count());
-        queue.asyncAfter(1s, again);
-    };
-    queue.asyncAfter(1s, again);
-    queue.advance(3500ms);
-    EXPECT_THAT(ran, ElementsAre(1, 2, 3));
-    EXPECT_EQ(queue.clock()->pendingCount(), 1U);
-}
-
 TEST(ManualDispatchQueue, FailsRatherThanLoopsForever)
 {
     ManualDispatchQueue queue;

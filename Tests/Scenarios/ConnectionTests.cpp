@@ -1,3 +1,4 @@
+#include "Tests/Simulator/RadioRecorder.h"
 #include "Tests/Support/AuriskScenario.h"
 
 namespace aurisk::tests {
@@ -153,75 +154,38 @@ TEST_F(Connection, WhoseServicesCannotBeFoundIsThereWithoutThem)
 
 TEST_F(Connection, TellsItsOtherListenerWhatNoServiceTakes)
 {
-    struct Listener final : CBPeripheralDelegate {
-        void peripheralDidDiscoverServices(CBPeripheral& peripheral, const MaybeError& error) override
-        {
-            heard.push_back("services" + std::string(error ? " error" : ""));
-            for (const auto& service : peripheral.services())
-                peripheral.discoverCharacteristics(service);
-        }
-        void peripheralDidDiscoverCharacteristicsFor(
-            CBPeripheral& peripheral, const std::shared_ptr<CBService>& service, const MaybeError&) override
-        {
-            heard.push_back("characteristics " + service->uuid().uuidString());
-            for (const auto& characteristic : service->characteristics()) {
-                if (contains(characteristic->properties(), CBCharacteristicProperties::notify))
-                    peripheral.setNotifyValue(true, characteristic);
-                if (contains(characteristic->properties(), CBCharacteristicProperties::write))
-                    peripheral.writeValue(Data{ 1 }, characteristic, CBCharacteristicWriteType::withResponse);
-                if (contains(characteristic->properties(), CBCharacteristicProperties::read))
-                    peripheral.readValue(characteristic);
-            }
-        }
-        void peripheralDidUpdateValueFor(
-            CBPeripheral&, const std::shared_ptr<CBCharacteristic>& characteristic, const MaybeError&) override
-        {
-            heard.push_back("value " + characteristic->uuid().uuidString());
-        }
-        void peripheralDidWriteValueFor(
-            CBPeripheral&, const std::shared_ptr<CBCharacteristic>& characteristic, const MaybeError&) override
-        {
-            heard.push_back("written " + characteristic->uuid().uuidString());
-        }
-        void peripheralDidUpdateNotificationStateFor(
-            CBPeripheral&, const std::shared_ptr<CBCharacteristic>& characteristic, const MaybeError&) override
-        {
-            heard.push_back("subscribed " + characteristic->uuid().uuidString());
-        }
-        Lines heard;
-    };
-    struct Plain final : AccessorySelectorDelegate { // a device of no family: none of its services is adopted
-        std::shared_ptr<Accessory> select(const std::shared_ptr<CBPeripheral>& peripheral, DataView mfgData,
-            const std::shared_ptr<AccessoryManager>& owner) override
-        {
-            return Accessory::create(peripheral, mfgData, owner);
-        }
-    };
-
-    manager->setAccessorySelectorDelegate(std::make_shared<Plain>());
+    manager->setAccessorySelectorDelegate(std::make_shared<PlainSelector>());
     manager->startScan(1s);
     after(2s);
     const auto plain = manager->accessories().at(0);
-    const auto listener = std::make_shared<Listener>();
+    const auto listener = std::make_shared<simulatortests::RadioRecorder>();
     plain->setAlphaDelegate(listener);
     plain->connect(app, "plain");
     after(1s);
     EXPECT_EQ(app->heard.back(), "services");
-    EXPECT_THAT(listener->heard,
-        testing::UnorderedElementsAre("services", "characteristics AE30", "characteristics 180F",
-            "characteristics AE3A", "subscribed AE02", "written AE01", "subscribed 2A19", "value 2A19",
-            "subscribed AE3C"));
+    EXPECT_THAT(listener->take(), ElementsAre("services AE30 180F AE3A"));
+    auto& peripheral = *plain->peripheral();
+    for (const auto& service : peripheral.services())
+        peripheral.discoverCharacteristics(service);
+    after(1s);
+    EXPECT_EQ(listener->take().size(), 3U);
+    const auto request = peripheral.services().at(0)->characteristics().at(0);
+    const auto battery = peripheral.services().at(1)->characteristics().at(0);
+    peripheral.writeValue(Data{ 1 }, request, CBCharacteristicWriteType::withResponse);
+    peripheral.setNotifyValue(true, battery);
+    peripheral.readValue(battery);
+    after(1s);
+    EXPECT_THAT(listener->take(), testing::UnorderedElementsAre("written AE01", "subscribed 2A19", "value 2A19 50"));
 
     // An adopted service keeps its callbacks to itself.
     plain->disconnect();
     manager->clearAccessories([](const auto&, const auto&) { return true; });
     manager->setAccessorySelectorDelegate(std::make_shared<DefaultAccesorySelector>());
-    listener->heard.clear();
     givenAFoundAid();
     accessory->setAlphaDelegate(listener);
     accessory->connect(app, "left");
     after(1s);
-    EXPECT_THAT(listener->heard, ElementsAre("services"));
+    EXPECT_THAT(listener->heard, ElementsAre("services AE30 180F AE3A"));
 }
 
 TEST_F(Connection, HoldsItsDelegateWeaklyAndCanChangeIt)
@@ -269,44 +233,29 @@ TEST_F(Connection, EndsOnceForEveryAccessoryWhenTheRadioIsAskedForAnew)
 /// The application lets go of everything inside each callback in turn; the sanitizers see to the rest.
 TEST_F(Connection, OutlivesAnApplicationThatLetsGoOfItInsideAnyCallback)
 {
-    struct Careless final : AccessoryDelegate {
-        explicit Careless(std::function<void()> let)
-            : letGo(std::move(let))
-        {
-        }
-        void deviceDidUpdate(const std::shared_ptr<Accessory>&, AccessoryState) override { letGo(); }
-        void deviceDidDiscoverServices(
-            const std::shared_ptr<Accessory>&, const std::vector<std::shared_ptr<AccessoryService>>&) override
-        {
-            letGo();
-        }
-        void deviceDidConnect(const std::shared_ptr<Accessory>&, const MaybeError&) override { letGo(); }
-        void deviceDidDisconnect(const std::shared_ptr<Accessory>&, const MaybeError&) override { letGo(); }
-        void deviceDidFailToConnect(const std::shared_ptr<Accessory>&, const MaybeError&) override { letGo(); }
-        std::function<void()> letGo;
-    };
     for (int which = 1; which <= 8; ++which)
         for (const bool isManagerDropped : { false, true }) {
             simulator = Simulator::create(world());
             manager = AccessoryManager::create(simulator->platform());
             givenAFoundAid();
             int heard = 0;
-            const auto careless = std::make_shared<Careless>([&] {
+            app->onLine = [&](const std::string&) {
                 if (++heard != which)
                     return;
                 manager->clearAccessories([](const auto&, const auto&) { return true; });
                 if (isManagerDropped)
                     manager.reset();
                 accessory.reset();
-            });
+            };
             auto* const raw = accessory.get(); // whose reference may go inside the call
-            raw->connect(careless, 5s, "left");
+            raw->connect(app, 5s, "left");
             after(1s);
             if (accessory)
                 accessory->disconnect();
             after(1s);
             if (accessory)
                 raw->disconnect();
+            app->onLine = {};
         }
 }
 

@@ -1,7 +1,6 @@
 #include "Tests/Support/AuriskScenario.h"
 
 #include <regex>
-#include <unistd.h>
 
 namespace aurisk::tests {
 namespace {
@@ -20,33 +19,20 @@ protected:
 
     Log()
     {
+        testing::internal::CaptureStdout(); // records do not mix with the test runner's own lines
         AuriskLog::shared().setLogger(logger);
         AuriskLog::setEnable(true);
     }
     ~Log() override
     {
         AuriskLog::setEnable(false);
-        ::dup2(_output, STDOUT_FILENO);
-        ::close(_output);
+        testing::internal::GetCapturedStdout();
     }
-    Log(const Log&) = delete;
-    Log& operator=(const Log&) = delete;
 
     Lines logged() { return std::exchange(logger->lines, {}); }
     std::string self() const { return accessory->description(); }
 
     std::shared_ptr<Logger> logger = std::make_shared<Logger>();
-
-private:
-    /// Records go where they do not mix with the test runner's own lines.
-    static int sendRecordsToStandardError()
-    {
-        std::fflush(stdout);
-        const auto output = ::dup(STDOUT_FILENO);
-        ::dup2(STDERR_FILENO, STDOUT_FILENO);
-        return output;
-    }
-    int _output = sendRecordsToStandardError();
 };
 
 TEST_F(Log, TellsTheStory)

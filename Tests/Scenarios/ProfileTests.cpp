@@ -74,31 +74,6 @@ TEST_F(Profile, TakesTheDefaultDataOfItsModelOnceThatIsKnown)
     EXPECT_EQ(accessory->profile().repository.shape, "power 2");
 }
 
-TEST_F(Profile, HoldsWhatWasReadAndWhatWasWrittenAndAcknowledged)
-{
-    answers = {
-        { "FE 68 11 02 04 08 87 16"_bytes, "00 FE 68 91 04 04 08 53 37 93 16"_bytes },
-        { "FE 68 14 04 04 08 54 38 18 16"_bytes, "00 FE 68 94 02 04 08 0A 16"_bytes },
-        { "FE 68 14 03 13 08 41 DB 16"_bytes, "00 FE 68 D4 02 13 08 59 16"_bytes },
-    };
-    givenAConnectedAid("X1-L");
-    reads(Type::productSku);
-    EXPECT_EQ(accessory->profile().skuCode, "S7");
-    EXPECT_THAT(app->take(),
-        ElementsAre("sent readProfile(type: productSku)", "updated readProfile(type: productSku)",
-            "readProfile(type: productSku) => success(data: didReadProfile(data: 2 bytes, type: productSku))"));
-
-    writes(Type::productSku, "54 38"_bytes);
-    EXPECT_EQ(accessory->profile().skuCode, "T8");
-    const std::string write = "writeProfile(data: 2 bytes, type: productSku)";
-    auto lines = app->take();
-    lines.pop_back(); // the result
-    EXPECT_THAT(lines, ElementsAre("sent " + write, "updated " + write, "updated " + write));
-
-    writes(Type::advertisementName, "41"_bytes); // refused
-    EXPECT_EQ(accessory->profile().adName, "");
-}
-
 TEST_F(Profile, OfTheDeviceGivesItItsName)
 {
     answers = {
@@ -138,44 +113,6 @@ TEST_F(Profile, TellsTheScenesOfThePrograms)
     const auto tooFew = "00 FE 68 91 15 05 08 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 06 00 00 21 16"_bytes;
     EXPECT_THAT(scenes(tooFew), testing::Each(P::outdoor));
     EXPECT_THAT(app->take(), testing::Contains("updated readProfile(type: productReserved)"));
-}
-
-TEST_F(Profile, LosesNothingToBytesThatAreNoText)
-{
-    givenAConnectedAid("X1-L");
-    answers = { { "FE 68 11 02 13 08 96 16"_bytes, "00 FE 68 91 03 13 08 41 58 16"_bytes } };
-    reads(Type::advertisementName);
-    answers = { { "FE 68 11 02 13 08 96 16"_bytes, "00 FE 68 91 04 13 08 C3 28 03 16"_bytes } };
-    reads(Type::advertisementName);
-    EXPECT_EQ(accessory->profile().adName, "A");
-    EXPECT_EQ(app->take().back(),
-        "readProfile(type: advertisementName) => success(data: didReadProfile(data: 2 bytes, type: "
-        "advertisementName))");
-}
-
-class ProfileOfASimulatedAid : public AuriskScenario { };
-
-TEST_F(ProfileOfASimulatedAid, IsReadAsItWasWritten)
-{
-    givenAConnectedAid();
-    AuriskProfileReservedField fitted;
-    fitted.hornCode = 0x1234;
-    fitted.modeConfig.mode1 = 3;
-    fitted.ageConfig = { .age = 81, .sex = 1 };
-    whenRequesting(AuriskRequest::writeProfile{ .data = fitted.toData(), .type = Type::productReserved });
-    after(1s);
-    EXPECT_EQ(aid().profile.at(0x05), "34 12 00 00 00 00 00 00 00 00 00 00 00 00 00 00 16 32 54 D1"_bytes);
-    EXPECT_EQ(accessory->profile().reservedField, fitted);
-
-    accessory->disconnect();
-    after(1s);
-    manager->clearAccessories([](const auto&, const auto&) { return true; });
-    givenAConnectedAid();
-    EXPECT_EQ(accessory->profile(), AuriskProfile());
-    accessory->readScenesOfProgram({});
-    after(1s);
-    EXPECT_EQ(accessory->profile().reservedField, fitted);
-    EXPECT_THAT(accessory->scenesOfProgram(), testing::Each(AuriskProgram::music));
 }
 
 } // namespace

@@ -79,31 +79,6 @@ TEST_F(Story, TakesAPauseAndTheLinkForEachRequestAndNothingElse)
     EXPECT_THAT(accessory->volumeDic(), ElementsAre(testing::Pair(0, 8), testing::Pair(1, 5)));
 }
 
-TEST_F(Story, ReadsEverythingThatTheAidCanTell)
-{
-    givenAConnectedAid();
-    whenRequesting(AuriskRequest::readOrientation{});
-    whenRequesting(AuriskRequest::setTransparency{ .level = 7 });
-    whenRequesting(AuriskRequest::getTransparencyLevel{});
-    whenRequesting(AuriskRequest::setBrEdr{ .enable = true, .continuousIfEnable = true });
-    whenRequesting(AuriskRequest::readBrEdr{});
-    whenRequesting(AuriskRequest::hearingSupported{});
-    after(2s);
-    const auto heard = results();
-    EXPECT_THAT(heard,
-        testing::IsSupersetOf({
-            "readOrientation => success(data: didReadOrientation(orientation: left))",
-            "getTransparencyLevel => success(data: didReadTransparency(level: 7))",
-            "readBrEdr => success(data: didReadBrEdr(enable: true, continuousIfEnable: true))",
-            "hearingSupported => success(data: didReadHearingTest(supported: true))",
-        }));
-    EXPECT_EQ(heard.size(), 6U);
-    EXPECT_EQ(accessory->transLevel(), 7);
-    EXPECT_EQ(accessory->brEdr(), true);
-    EXPECT_TRUE(accessory->brEdrContinuousIfEnable());
-    EXPECT_TRUE(accessory->hearingSupported());
-}
-
 TEST_F(Story, HearsTheFirstProgramAsItsOwnPredecessorAndKeepsTheVolumes)
 {
     givenAConnectedAid();

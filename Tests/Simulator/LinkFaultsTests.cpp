@@ -75,23 +75,6 @@ TEST_F(ALink, SpoilsExactlyTheMessageThatItIsTo)
     }
 }
 
-TEST_F(ALink, SpoilsABlockAsItSpoilsAnythingElse)
-{
-    constexpr auto readBlock = "fe68110200037e16", readLog = "fe68110210069116";
-    givenASubscribedAid();
-    faults().faults = { { Kind::corrupt, 9 }, { Kind::refuse, 10 } };
-    write(readBlock);
-    const auto block = within(1s).at(0); // messages 6 and 7
-    write(readBlock);
-    auto spoiled = within(1s).at(0);
-    ASSERT_EQ(spoiled.size(), block.size());
-    EXPECT_EQ(block.substr(0, 25), "value AE02 00fe68913a0003");
-    EXPECT_EQ(block.compare(0, spoiled.size() / 2, spoiled, 0, spoiled.size() / 2), 0);
-    EXPECT_NE(spoiled, block);
-    write(readLog);
-    EXPECT_THAT(within(1s), ElementsAre("value AE02 00fe68d10210065116"));
-}
-
 TEST_F(ALink, ConfirmsAWriteOnceAlthoughItComesTwice)
 {
     givenASubscribedAid();

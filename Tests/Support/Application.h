@@ -23,7 +23,12 @@ public:
     /// What was heard since it was last asked.
     Lines take() { return std::exchange(heard, {}); }
 
-    void hear(std::string line) { heard.push_back(std::move(line)); }
+    void hear(const std::string& line)
+    {
+        heard.push_back(line);
+        if (onLine)
+            onLine(line);
+    }
 
     /// Sends a request and hears "<request> => <result>".
     void request(AuriskAccessory& accessory, const AuriskRequest& request)
@@ -110,6 +115,7 @@ public:
         hear("updated " + description(request));
     }
 
+    std::function<void(const std::string& line)> onLine;
     std::function<void(const std::shared_ptr<Accessory>&)> onConnect;
     std::function<void()> onServices, onDisconnect;
     std::function<void(const AuriskRequest&)> onSend;

@@ -37,6 +37,18 @@ private:
     std::shared_ptr<BluetoothPlatform> _platform;
 };
 
+/// Makes an accessory of no family of whatever is heard.
+struct PlainSelector final : AccessorySelectorDelegate {
+    std::shared_ptr<Accessory> select(const std::shared_ptr<CBPeripheral>& peripheral, DataView mfgData,
+        const std::shared_ptr<AccessoryManager>& manager) override
+    {
+        if (onSelect)
+            onSelect();
+        return Accessory::create(peripheral, mfgData, manager);
+    }
+    std::function<void()> onSelect;
+};
+
 /// An application, a radio and one A16 hearing aid, "X1-L", in virtual time. The link takes 5 ms each way.
 class AuriskScenario : public testing::Test {
 protected:

@@ -73,6 +73,10 @@ TEST(CodecProfile, ListsTheScenesOfItsPrograms)
         { R"({"op":"profile.programs","profile":{}})", R"({"ok":["normal","restaurant","outdoor","music"]})" },
         { R"({"op":"profile.programs","profile":{"reservedField":{"modeConfig":{"mode1":1}}}})",
             R"({"ok":["restaurant","restaurant","restaurant","restaurant"]})" },
+        { R"({"op":"profile.programs","profile":{"reservedField":{"modeConfig":{"mode1":3}}}})",
+            R"({"ok":["music","music","music","music"]})" },
+        { R"({"op":"profile.programs","profile":{"reservedField":{"modeConfig":{"mode1":4}}}})",
+            R"({"ok":["normal","restaurant","outdoor","music"]})" },
         { R"({"op":"profile.programs","profile":{"reservedField":{"modeConfig":{"mode1":7}}}})",
             R"({"ok":["normal","restaurant","outdoor","music"]})" },
     });

@@ -74,35 +74,9 @@ TEST_F(ToolSettingsFile, APairIsKeptInOneFileAndEachTakesItsPart)
     EXPECT_EQ(blocks("X1-L")[0][0], 0x83);
 }
 
-/// Each step is a run of its own; between them the world is in its file.
-TEST_F(ToolSettingsFile, SettingsOutliveTheRunThatImportedThem)
-{
-    struct {
-        std::string device;
-        std::size_t programs;
-    } const cases[] = { { "Solo-L", 3 }, { "Uno-R", 3 }, { "X1-L", 4 }, { "X1 --both", 4 } };
-    for (const auto& [device, programs] : cases) {
-        inWorld("dsp export " + device + " " + path);
-        auto file = content();
-        for (auto& part : file["devices"]) {
-            EXPECT_EQ(part["programs"].size(), programs) << device;
-            part["programs"][2]["fields"]["equalizerArray"][1] = "dbMinus10";
-        }
-        write(file);
-        inWorld("dsp import " + device + " " + path);
-        inWorld("dsp show --json --program 2 " + device);
-        const auto told = objects();
-        ASSERT_EQ(told.size(), file["devices"].size()) << device;
-        for (std::size_t i = 0; i < told.size(); ++i) {
-            EXPECT_EQ(told[i]["name"], file["devices"][i]["name"]);
-            EXPECT_EQ(told[i]["fields"], file["devices"][i]["programs"][2]["fields"]) << device;
-        }
-    }
-}
-
 TEST_F(ToolSettingsFile, WhatAllProgramsShareIsKeptInTheSameManner)
 {
-    for (const std::string name : { "Solo-L", "X1-L" }) {
+    for (const std::string name : { "Solo-L", "Uno-R", "X1-L" }) {
         const auto pristine = aid(name).state().globalBlock;
         auto file = exported("global export " + name);
         EXPECT_EQ(aurisk("global set " + name + " numberOfPrograms 1 toneLevel 0"), ExitCode::done);
@@ -237,23 +211,17 @@ TEST_F(ToolSettingsFile, WhateverGoesWrongNoneOfAPairIsWrittenToBeforeBothAreRea
         block[3] = std::uint8_t((block[3] & 0x1F) | 5 << 5);
 
     const auto pristine = std::pair(aid("X1-L").state(), aid("X1-R").state());
-    const int first = simulator->radio().messageCount("X1-L");
-    ASSERT_EQ(aurisk("dsp import X1 --both " + path), ExitCode::done);
-    const int messages = simulator->radio().messageCount("X1-L") - first;
-    for (const auto kind :
-        { Kind::dropLinkBefore, Kind::dropLinkAfter, Kind::lose, Kind::duplicate, Kind::corrupt, Kind::refuse })
-        for (int n = 1; n <= messages; ++n) {
-            const auto what = "fault " + std::to_string(static_cast<int>(kind)) + " at message " + std::to_string(n);
-            aid("X1-L").setState(pristine.first);
-            aid("X1-R").setState(pristine.second);
-            faults("X1-L").faults = { { .kind = kind, .message = simulator->radio().messageCount("X1-L") + n } };
-            const auto ended = aurisk("dsp import X1 --both " + path);
-            EXPECT_THAT(ended, AnyOf(ExitCode::done, ExitCode::failed, ExitCode::usage)) << what;
-            EXPECT_EQ(ended != ExitCode::done, !sink.errors.empty()) << what;
-            EXPECT_THAT(blocks("X1-R"), AnyOf(old, fresh)) << what;
-            EXPECT_TRUE(blocks("X1-R") == fresh || blocks("X1-L") == old) << what;
-            EXPECT_TRUE(ended != ExitCode::done || blocks("X1-L") == fresh) << what;
-        }
+    const auto restore = [&] {
+        aid("X1-L").setState(pristine.first);
+        aid("X1-R").setState(pristine.second);
+    };
+    withEachFault("X1-L", "dsp import X1 --both " + path,
+        { Kind::dropLinkBefore, Kind::dropLinkAfter, Kind::lose, Kind::duplicate, Kind::corrupt, Kind::refuse },
+        restore, [&](ExitCode ended) {
+            EXPECT_THAT(blocks("X1-R"), AnyOf(old, fresh));
+            EXPECT_TRUE(blocks("X1-R") == fresh || blocks("X1-L") == old);
+            EXPECT_TRUE(ended != ExitCode::done || blocks("X1-L") == fresh);
+        });
 }
 
 TEST_F(ToolSettingsFile, AnImportThatIsCutShortTellsHowFarItCame)
@@ -294,40 +262,28 @@ TEST_F(ToolSettingsFile, AnH01GoesBackToItsProgramWhateverComesInBetween)
     exported("dsp export Uno-R");
     const auto pristine = aid("Uno-R").state();
     for (const auto& command : { std::string("noise set Uno-R strong --program 2"), "dsp import Uno-R " + path }) {
-        const int first = simulator->radio().messageCount("Uno-R");
+        const auto restore = [&] { aid("Uno-R").setState(pristine); };
         const auto began = queue.now();
         ASSERT_EQ(aurisk(command), ExitCode::done);
-        EXPECT_EQ(aid("Uno-R").state().program, 0);
-        const int messages = simulator->radio().messageCount("Uno-R") - first;
         const double span = (queue.now() - began).count();
-
         for (double when = 0; when < span; when += 0.005) {
-            aid("Uno-R").setState(pristine);
+            restore();
             begin(command);
             after(when);
             run->interrupt();
             EXPECT_THAT(end(), AnyOf(ExitCode::done, ExitCode::interrupted)) << when;
             EXPECT_EQ(aid("Uno-R").state().program, 0) << command << " interrupted after " << when;
         }
-        for (const auto kind : { Kind::lose, Kind::duplicate, Kind::delay, Kind::corrupt, Kind::refuse })
-            for (int n = 1; n <= messages; ++n) {
-                const auto what = command + ", fault " + std::to_string(static_cast<int>(kind)) + " at message "
-                    + std::to_string(n);
-                aid("Uno-R").setState(pristine);
-                const int message = simulator->radio().messageCount("Uno-R") + n;
-                faults("Uno-R").faults = { { .kind = kind, .message = message, .by = Seconds(1) } };
-                const auto ended = aurisk(command);
-                EXPECT_THAT(ended, AnyOf(ExitCode::done, ExitCode::failed, ExitCode::usage)) << what;
-                EXPECT_EQ(ended != ExitCode::done, !sink.errors.empty()) << what;
-                const bool isBack = aid("Uno-R").state().program == 0;
+        restore();
+        withEachFault("Uno-R", command, { Kind::lose, Kind::duplicate, Kind::delay, Kind::corrupt, Kind::refuse },
+            restore, [&](ExitCode) {
                 const bool isSaid
                     = !sink.errors.empty() && sink.errors.back().find("switch to program 0") != std::string::npos;
-                EXPECT_TRUE(isBack || isSaid) << what;
-            }
-        faults("Uno-R").faults.clear();
+                EXPECT_TRUE(aid("Uno-R").state().program == 0 || isSaid);
+            });
 
         // Whoever waits for less than an answer takes goes back all the same.
-        aid("Uno-R").setState(pristine);
+        restore();
         faults("Uno-R").latency = Seconds(0.2);
         EXPECT_EQ(aurisk(command + " --timeout 0.3"), ExitCode::failed);
         EXPECT_EQ(aid("Uno-R").state().program, 0);

@@ -8,6 +8,7 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -122,6 +123,30 @@ protected:
     }
     /// Connection, services, the characteristics of three of them and two subscriptions; what comes then is a request.
     static constexpr int messagesToConnect = 7;
+
+    /// A command, without a fault and then with each kind of fault at each message of the link to `name`, each time on
+    /// what `restore` brings back; it ends in every case, says so where it fails, and `check` judges what it left.
+    void withEachFault(const std::string& name, const std::string& command, std::initializer_list<Fault::Kind> kinds,
+        const std::function<void()>& restore, const std::function<void(ExitCode)>& check)
+    {
+        const auto messages = [&] { return simulator->radio().messageCount(name); };
+        const int first = messages();
+        ASSERT_EQ(aurisk(command), ExitCode::done);
+        const int count = messages() - first;
+        check(ExitCode::done);
+        ASSERT_GT(count, 5);
+        for (const auto kind : kinds)
+            for (int n = 1; n <= count; ++n) {
+                SCOPED_TRACE(command + ", fault " + std::to_string(int(kind)) + " at message " + std::to_string(n));
+                restore();
+                faults(name).faults = { { .kind = kind, .message = messages() + n, .by = Seconds(1) } };
+                const auto ended = aurisk(command);
+                EXPECT_THAT(ended, testing::AnyOf(ExitCode::done, ExitCode::failed, ExitCode::usage));
+                EXPECT_EQ(ended != ExitCode::done, !sink.errors.empty());
+                check(ended);
+            }
+        faults(name).faults.clear();
+    }
 
     LinkFaults& faults(const std::string& name) { return simulator->world().placed(name).faults; }
     void wearer(const std::string& name, const std::string& action)

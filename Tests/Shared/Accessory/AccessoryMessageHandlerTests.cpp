@@ -66,15 +66,6 @@ TEST_F(MessageHandler, SendsNothingBeforeItIsLaunchedAndThenOneAfterAnother)
     EXPECT_FALSE(handler->isExcuting());
 }
 
-TEST_F(MessageHandler, CompletesARequestWithoutReplyWithNoneWhenItsTimeIsOver)
-{
-    handler->launch();
-    excute(1);
-    excute(2);
-    after(10s);
-    EXPECT_THAT(take(), ElementsAre("100 sent 1", "3100 result of 1: nil", "3200 sent 2", "6200 result of 2: nil"));
-}
-
 TEST_F(MessageHandler, WaitsForEverWhereARequestHasNoTimeOut)
 {
     handler->launch();

@@ -4,8 +4,6 @@
 
 #include <gmock/gmock.h>
 
-#include <numeric>
-
 namespace aurisk::tests {
 namespace {
 
@@ -39,13 +37,6 @@ TEST(HexToData, WritesTwoLowerCaseDigitsAByte)
 {
     EXPECT_EQ(ask_hexadecimal("0A FF 90"_bytes), "0aff90");
     EXPECT_EQ(ask_hexadecimal(DataView()), "");
-}
-
-TEST(HexToData, ReadsEveryByteThatItWrote)
-{
-    Data bytes(256);
-    std::iota(bytes.begin(), bytes.end(), std::uint8_t{ 0 });
-    EXPECT_EQ(ask_hexadecimal(ask_hexadecimal(bytes)), bytes);
 }
 
 } // namespace

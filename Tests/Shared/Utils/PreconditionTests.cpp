@@ -94,26 +94,6 @@ TEST_F(DeviceBytes, AreDroppedAndLoggedWhereThePolicyIsToContain)
     AuriskLog::setEnable(false);
 }
 
-using DeviceBytesDeathTest = DeviceBytes;
-
-TEST_F(DeviceBytesDeathTest, StopTheProcessWhereThePolicyIsToStop)
-{
-    EXPECT_EQ(preconditionPolicy(), PreconditionPolicy::stop);
-    EXPECT_EXIT(decode(-1), KilledBySignal(SIGABRT), HasSubstr("-1 cannot be"));
-}
-
-TEST_F(DeviceBytesDeathTest, AreAllThatThePolicyContains)
-{
-    setPreconditionPolicy(PreconditionPolicy::contain);
-    EXPECT_EXIT(breakOne(), KilledBySignal(SIGABRT), HasSubstr("too large"));
-    EXPECT_EXIT(
-        {
-            decode(-1);
-            breakOne();
-        },
-        KilledBySignal(SIGABRT), HasSubstr("too large"));
-}
-
 #ifndef NDEBUG
 TEST(MainQueueObjects, KnowThatTheyAreCalledOnTheWrongThread)
 {

@@ -1,6 +1,5 @@
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskDsp.h"
 
-#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskGlobalDsp.h"
 #include "Tests/Support/Bytes.h"
 #include "Tests/Support/Stops.h"
 
@@ -9,7 +8,6 @@
 namespace aurisk::tests {
 namespace {
 
-using testing::Each;
 using testing::HasSubstr;
 using testing::Optional;
 
@@ -19,12 +17,6 @@ template <typename Work> std::string printedBy(Work&& work)
     testing::internal::CaptureStdout();
     work();
     return testing::internal::GetCapturedStdout();
-}
-
-TEST(AuriskA4Dsp, StartsFlatWithOneMicrophone)
-{
-    EXPECT_EQ(AuriskA4Dsp().toBytes(), "01 00 FF FF FF FF FF FF 00 00 00 00"_bytes);
-    EXPECT_EQ(AuriskA4Dsp("01 00 FF FF FF FF FF FF 00 00 00 00"_bytes), AuriskA4Dsp());
 }
 
 TEST(AuriskA4Dsp, TakesTheFallbackOfEachFieldThatHoldsSeven)
@@ -57,22 +49,6 @@ TEST(AuriskA4Dsp, TellsWhatDoesNotSurviveItsCodec)
     EXPECT_EQ(std::count(printed.begin(), printed.end(), '\n'), 32 + 3 * 60);
 }
 
-TEST(AuriskA16Dsp, StartsFlatWithItsThresholdsAndOutputs)
-{
-    AuriskA16Dsp block(Data(56));
-    EXPECT_THAT(block.compressionThresholdArray, Each(AuriskA16DspEnum::CompressionThreshold::db20));
-    EXPECT_THAT(block.maximumPowerOutputArray, Each(AuriskA16DspEnum::MaximumPowerOutput::off));
-    EXPECT_NE(block, AuriskA16Dsp());
-
-    const auto bytes = AuriskA16Dsp().toBytes();
-    EXPECT_EQ(bytes,
-        // 20 in each five bits: six and two of nothing, six and two of nothing, four
-        "00 00 00 00 94 52 4A 29 94 52 4A 29 94 52 0A "
-        "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
-        // 10 in each five bits: one and three of nothing, six and two, six and two, three; then 1 in each four
-        "0A 4A 29 A5 14 4A 29 A5 14 4A A9 88 08 11 11 11 11 11 11 00 00"_bytes);
-}
-
 TEST(AuriskA16Dsp, StopsForBitsThatNameNoCaseAndNamesTheirField)
 {
     const struct {
@@ -91,28 +67,6 @@ TEST(AuriskA16Dsp, StopsForBitsThatNameNoCaseAndNamesTheirField)
         bytes[byte] = static_cast<std::uint8_t>(value - (value & -value)); // the largest case, or less
         EXPECT_NE(AuriskA16Dsp::decode(bytes), std::nullopt) << field;
     }
-}
-
-TEST(AuriskBlocks, NeverEncodeWhatDoesNotFitItsField)
-{
-    const auto stops = [](auto block, auto change) {
-        change(block);
-        return stopOf([&] {
-            if constexpr (requires { block.toBytes(); })
-                return block.toBytes();
-            else
-                return block.toData();
-        });
-    };
-    EXPECT_THAT(stops(AuriskA4Dsp(), [](auto& b) { b.notCare = 32; }), Optional(HasSubstr("notCare: 32")));
-    EXPECT_THAT(stops(AuriskA4Dsp(), [](auto& b) { b.matrixGainMantissa = -1; }),
-        Optional(HasSubstr("matrixGainMantissa: -1")));
-    EXPECT_THAT(stops(AuriskA4Dsp(), [](auto& b) { b.inputMode = static_cast<AuriskA4DspEnum::InputMode>(7); }),
-        Optional(HasSubstr("inputMode: 7")));
-    EXPECT_THAT(stops(AuriskA16Dsp(), [](auto& b) { b.em8 = 2; }), Optional(HasSubstr("em8: 2")));
-    EXPECT_THAT(stops(AuriskA4GlobalDsp(), [](auto& b) { b.nc3 = 16; }), Optional(HasSubstr("nc3: 16")));
-    EXPECT_THAT(stops(AuriskA16GlobalDsp(), [](auto& b) { b.empty = 1 << 14; }), Optional(HasSubstr("empty: 16384")));
-    EXPECT_EQ(stops(AuriskA16GlobalDsp(), [](auto& b) { b.empty = (1 << 14) - 1; }), std::nullopt);
 }
 
 template <typename Block> class EitherDsp : public testing::Test {
@@ -173,18 +127,6 @@ TYPED_TEST(EitherDsp, HasItsBandsByFrequency)
         block.setEq(outside, 500);
         EXPECT_EQ(block.getEq(500), 0); // the lowest gain
     }
-}
-
-TEST(EqualizerBands, LieWhereTheChipsHaveThem)
-{
-    EXPECT_THAT(AuriskA4Dsp().frequences(),
-        testing::ElementsAre(250, 500, 1000, 1500, 2000, 2500, 3000, 3500, 4000, 5000, 6000, 7000));
-    EXPECT_THAT(AuriskA16Dsp().frequences(), testing::SizeIs(16));
-    for (std::size_t i = 1; i < 16; ++i)
-        EXPECT_EQ(AuriskA16Dsp().frequences()[i], 500 * static_cast<int>(i));
-    EXPECT_EQ(AuriskA16Dsp().frequences()[0], 250);
-    EXPECT_EQ(AuriskA4Dsp::maxEQValue(), 16);
-    EXPECT_EQ(AuriskA16Dsp::maxEQValue(), 21);
 }
 
 TEST(AuriskA4Dsp, KeepsADirectionInTheGainsAndTheTwoLowestBands)
@@ -311,48 +253,6 @@ TEST(AuriskDsp, IsDescribedByItsLabels)
         "Noise "
         "Reduction: Off\n- Low Level Expansion: On\n- Wind Noise Reduction: Off\n- Low Cut Filter: Off\n- Remote Mix "
         "Ratio: -12 dB\n- MPO Attack Time: 10 ms\n- MPO Release Time: 350 ms");
-}
-
-TEST(AuriskDsp, IsTheBlockOfTheChip)
-{
-    const Data bytes(56);
-    for (const auto chip : { AuriskChip::a4, AuriskChip::h01 }) {
-        EXPECT_EQ(AuriskDsp::decode(chip, bytes), AuriskDsp(AuriskA4Dsp(bytes)));
-        EXPECT_EQ(AuriskGlobalDsp::decode(chip, bytes), AuriskGlobalDsp(AuriskA4GlobalDsp(bytes)));
-    }
-    EXPECT_EQ(AuriskDsp::decode(AuriskChip::a16, bytes), AuriskDsp(AuriskA16Dsp(bytes)));
-    EXPECT_EQ(AuriskDsp::decode(AuriskChip::a16, DataView(bytes).first(12)), std::nullopt);
-    EXPECT_EQ(AuriskGlobalDsp::decode(AuriskChip::a16, bytes), AuriskGlobalDsp(AuriskA16GlobalDsp(bytes)));
-    EXPECT_EQ(AuriskDsp::decode(AuriskChip::unassigned, bytes), std::nullopt);
-    EXPECT_EQ(AuriskGlobalDsp::decode(AuriskChip::unassigned, bytes), std::nullopt);
-
-    AuriskDsp dsp = AuriskA16Dsp(); // what is set on either goes to the block
-    dsp.setDirection(AuriskDirection::face);
-    dsp.setNoise(AuriskNoise::strong);
-    dsp.setEq(7, 7500);
-    EXPECT_EQ(dsp.direction(), AuriskDirection::face);
-    EXPECT_EQ(dsp.noise(), AuriskNoise::strong);
-    EXPECT_EQ(dsp.getEq(7500), 7);
-    EXPECT_EQ(dsp.minEQValue(), 0);
-    EXPECT_EQ(dsp.maxEQValue(), 21);
-    EXPECT_THAT(dsp.frequences(), testing::Contains(7500));
-    EXPECT_EQ(AuriskA16Dsp(dsp.toBytes()), std::get<AuriskA16Dsp>(dsp.block()));
-}
-
-TEST(AuriskGlobalDsp, HoldsTheNumberOfProgramsWhereItsChipDoes)
-{
-    AuriskGlobalDsp a4 = AuriskA4GlobalDsp(Data(9, 0xFF));
-    EXPECT_EQ(a4.toData(), Data(9, 0xFF));
-    EXPECT_EQ(a4.numberOfPrograms(), 3);
-    a4.setNumberOfPrograms(1);
-    EXPECT_EQ(a4.toData(), "FF FF 7F FF FF FF FF FF FF"_bytes);
-    a4.setNumberOfPrograms(4);
-    EXPECT_THAT(stopOf([&] { return a4.toData(); }), Optional(HasSubstr("programNbr: 4")));
-
-    AuriskGlobalDsp a16 = AuriskA16GlobalDsp(Data(12));
-    a16.setNumberOfPrograms(5);
-    EXPECT_EQ(a16.toData(), "00 00 00 A0 00 00 00 00 00 00 00 00"_bytes);
-    EXPECT_EQ(a16.numberOfPrograms(), 5);
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
-#include <rapidcheck/gtest.h>
 
 namespace aurisk::tests {
 namespace {
@@ -50,14 +49,6 @@ TEST(AuriskModeConfig, HasTheDefaultsAndSaysSoWhereBytesAreMissing)
     }
 }
 
-TEST(AuriskModeConfig, DropsTheBitsThatHaveNoPlace)
-{
-    EXPECT_EQ(modes({ 0xFE, 0xF8, 0xF0, 0xF0, 0xF0, 0xF0, 0xF0 }).toBytes(), "00 00 00"_bytes);
-    EXPECT_EQ(modes({ 0xFF, 0xFA, 0xF3, 0xFF, 0xF1, 0xF2, 0xF4 }).toBytes(), "35 1F 42"_bytes);
-}
-
-const auto everyByte = "34 12 78 56 BC 9A 07 08 09 0A 0B 0C 0D 0E 0F 10 35 1F 42 9E"_bytes;
-
 AuriskProfileReservedField everyField()
 {
     AuriskProfileReservedField field;
@@ -79,19 +70,6 @@ AuriskProfileReservedField everyField()
     return field;
 }
 
-TEST(AuriskProfileReservedField, IsTwentyBytes)
-{
-    EXPECT_EQ(AuriskProfileReservedField(everyByte), everyField());
-    EXPECT_EQ(everyField().toData(), everyByte);
-    auto more = everyByte;
-    more.push_back(0xFF);
-    EXPECT_EQ(AuriskProfileReservedField(more), everyField());
-
-    auto tooOld = everyField();
-    tooOld.ageConfig = { .age = 0x80 + 30, .sex = 0xFF };
-    EXPECT_EQ(tooOld.toData(), everyByte);
-}
-
 TEST(AuriskProfileReservedField, HasAPlaceForEachBit)
 {
     for (std::size_t bit = 0; bit < 160; ++bit) {
@@ -99,17 +77,6 @@ TEST(AuriskProfileReservedField, HasAPlaceForEachBit)
         bytes[bit / 8] = static_cast<std::uint8_t>(1U << bit % 8);
         EXPECT_EQ(AuriskProfileReservedField(bytes).toData(), bytes) << bit;
     }
-}
-
-TEST(AuriskProfileReservedField, IsLeftAsItWasByFewerBytes)
-{
-    const Data tooFew(everyByte.begin(), everyByte.end() - 1);
-    AuriskProfileReservedField field;
-    field.setData(everyByte);
-    field.setData(tooFew);
-    EXPECT_EQ(field, everyField());
-    EXPECT_EQ(AuriskProfileReservedField(tooFew).toData(),
-        "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 10 32 54 00"_bytes);
 }
 
 TEST(AuriskProfile, KeepsEachTextInItsOwnField)
@@ -142,40 +109,6 @@ TEST(AuriskProfile, KeepsEachTextInItsOwnField)
     P profile;
     profile.set(Type::unknown, "58"_bytes);
     EXPECT_EQ(profile, P());
-}
-
-TEST(AuriskProfile, KeepsItsReservedFieldWhateverTextItsBytesWouldBe)
-{
-    const Data tooFew(everyByte.begin(), everyByte.end() - 1);
-    AuriskProfile profile;
-    profile.set(Type::productReserved, tooFew);
-    EXPECT_EQ(profile.reservedField, std::nullopt);
-    profile.set(Type::productReserved, everyByte);
-    EXPECT_EQ(profile.reservedField, everyField());
-    profile.set(Type::productReserved, tooFew);
-    EXPECT_EQ(profile.reservedField, everyField());
-}
-
-TEST(AuriskProfile, GivesAllProgramsTheSceneOfTheFirstMode)
-{
-    const auto four = [](AuriskProgram scene) { return std::array{ scene, scene, scene, scene }; };
-    const std::array usual{ AuriskProgram::normal, AuriskProgram::restaurant, AuriskProgram::outdoor,
-        AuriskProgram::music };
-    AuriskProfile profile;
-    EXPECT_EQ(profile.programs(), usual);
-    const std::pair<std::uint8_t, std::array<AuriskProgram, 4>> cases[] = {
-        { 0, four(AuriskProgram::normal) },
-        { 1, four(AuriskProgram::restaurant) },
-        { 2, four(AuriskProgram::outdoor) },
-        { 3, four(AuriskProgram::music) },
-        { 4, usual },
-        { 7, usual },
-        { 255, usual },
-    };
-    for (const auto& [mode1, programs] : cases) {
-        profile.reservedField.emplace().modeConfig = modes({ 1, mode1, 3, 2, 1, 0, 3 });
-        EXPECT_EQ(profile.programs(), programs) << int(mode1);
-    }
 }
 
 const std::string everyKey
@@ -258,46 +191,6 @@ TEST(AuriskProfile, NamesTheKeyOfAValueThatCannotBe)
         } catch (const JsonError& error) {
             EXPECT_EQ(error.what(), fault);
         }
-}
-
-rc::Gen<std::string> anyText()
-{
-    return rc::gen::map(rc::gen::container<std::vector<std::string>>(rc::gen::element<std::string>("a", "\"", "\\",
-                            std::string(1, '\0'), "\n", "\x7F", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x91\x82")),
-        [](const auto& characters) {
-            std::string text;
-            for (const auto& character : characters)
-                text += character;
-            return text;
-        });
-}
-
-/// Each field may be out of what its bits hold: the JSON form keeps all of it.
-AuriskProfile anyProfile()
-{
-    AuriskProfile profile;
-    for (const auto& row : enumCases<Type>)
-        if (const auto text = AuriskProfile::textOf(row.value))
-            profile.*text = *anyText();
-    if (*rc::gen::arbitrary<bool>()) {
-        auto& field = profile.reservedField.emplace(*rc::gen::container<Data>(20, rc::gen::arbitrary<std::uint8_t>()));
-        field.modeConfig.mode1 = *rc::gen::arbitrary<std::uint8_t>();
-        field.ageConfig.age = *rc::gen::arbitrary<std::uint8_t>();
-    }
-    profile.repository.skuCode = *anyText();
-    profile.repository.hornPowerCode
-        = *rc::gen::arbitrary<bool>() ? std::optional(*rc::gen::arbitrary<std::uint8_t>()) : std::nullopt;
-    profile.repository.minVolume = *rc::gen::arbitrary<int>();
-    profile.repository.listenable = *rc::gen::arbitrary<bool>();
-    profile.repository.dspData = *rc::gen::arbitrary<Data>();
-    profile.repository.others = { { *anyText() + "!", R"({"a":[0.1,null,-5]})" } };
-    return profile;
-}
-
-RC_GTEST_PROP(AuriskProfile, IsTheSameAfterATripThroughJson, ())
-{
-    const auto profile = anyProfile();
-    RC_ASSERT(AuriskProfile::fromJson(json::parse(profile.toJson().dump())) == profile);
 }
 
 } // namespace

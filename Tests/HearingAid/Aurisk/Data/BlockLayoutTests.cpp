@@ -152,24 +152,5 @@ TEST(AuriskA16GlobalDsp, HasEachBitInItsPlace)
             SLOT(G, l2Enabled, 79, 1), SLOT(G, l3Enabled, 80, 1), SLOT(G, l4Enabled, 81, 1), SLOT(G, empty, 82, 14) });
 }
 
-TEST(AuriskBlocks, DecodeTheFirstBytesAndStopForFewer)
-{
-    const Data many(60, 0);
-    EXPECT_EQ(AuriskA4Dsp(DataView(many)), AuriskA4Dsp(DataView(many).first(12)));
-    EXPECT_EQ(AuriskA16Dsp(DataView(many)), AuriskA16Dsp(DataView(many).first(56)));
-    EXPECT_EQ(AuriskA4GlobalDsp(DataView(many)), AuriskA4GlobalDsp(DataView(many).first(9)));
-    EXPECT_EQ(AuriskA16GlobalDsp(DataView(many)), AuriskA16GlobalDsp(DataView(many).first(12)));
-
-    const auto expectTooShort = [&]<typename Block>(std::type_identity<Block>, std::size_t size) {
-        const auto few = DataView(many).first(size - 1);
-        EXPECT_EQ(Block::decode(few), std::nullopt);
-        EXPECT_THAT(stopOf([&] { Block block(few); }), testing::Optional(testing::HasSubstr(std::to_string(size))));
-    };
-    expectTooShort(std::type_identity<AuriskA4Dsp>(), 12);
-    expectTooShort(std::type_identity<AuriskA16Dsp>(), 56);
-    expectTooShort(std::type_identity<AuriskA4GlobalDsp>(), 9);
-    expectTooShort(std::type_identity<AuriskA16GlobalDsp>(), 12);
-}
-
 } // namespace
 } // namespace aurisk::tests

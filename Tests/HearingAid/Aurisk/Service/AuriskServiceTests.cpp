@@ -141,19 +141,6 @@ TEST_F(DataService, TakesOnlyFramesThatAnswerForAnswers)
             "=> error(error: other(message: \"parse error\"))"));
 }
 
-TEST_F(DataService, RunsABatchOneAfterAnotherAndCompletesOnce)
-{
-    givenCharacteristics(Properties::write);
-    service->didUpdateNotificationStateForCharacteristic(replies, std::nullopt);
-    const std::vector<AuriskRequest> batch{ AuriskRequest::beginFind{}, AuriskRequest::endFind{} };
-    service->request(batch, [this] { heard.push_back("complete"); });
-    queue.advance(6.1s);
-    EXPECT_THAT(take(), IsEmpty());
-    queue.advance(0.1s);
-    EXPECT_THAT(take(), ElementsAre("complete"));
-    EXPECT_THAT(peripheral->take(), ElementsAre("write AE01 fe681d0281010916", "write AE01 fe681d0281000816"));
-}
-
 class BatteryService : public testing::Test, public AuriskBatServiceDelegate {
 protected:
     void didUpdateBattery(int percent) override { levels.push_back(percent); }
