@@ -201,8 +201,9 @@ TEST_F(ToolUpdate, ABarFillsOnATerminalAndNothingGarblesIt)
     EXPECT_THAT(
         screenOf(sink.terminal), ElementsAre(failure, "X1-L  ██████████████████████████████  100 %  starts anew"));
     EXPECT_EQ(end(), ExitCode::failed);
-    EXPECT_THAT(
-        screenOf(sink.terminal), ElementsAre(failure, MatchesRegex("X1-L  updated in 2.. s, firmware 2.3.1 -> 2.4.0")));
+    EXPECT_THAT(screenOf(sink.terminal),
+        ElementsAre(failure, MatchesRegex("X1-L  updated in 2.. s, firmware 2.3.1 -> 2.4.0"),
+            "aurisk: X1-L was updated and X1-R was not: their firmware may differ now"));
     EXPECT_THAT(sink.output, SizeIs(1)); // beside the bars
 
     // With a log between them there are lines instead.
@@ -213,13 +214,17 @@ TEST_F(ToolUpdate, ABarFillsOnATerminalAndNothingGarblesIt)
 
 TEST(ProgressBar, FitsIntoARow)
 {
-    EXPECT_EQ(tool::progressBar("X1-L", 50, "21.3 kB/s, 0:03 gone, 0:05 left", false),
+    EXPECT_EQ(tool::progressBar("X1-L", 50, "21.3 kB/s, 0:03 gone, 0:05 left", {}),
         "X1-L  ###############...............   50 %  21.3 kB/s, 0:03 gone, 0:05 left");
-    EXPECT_EQ(tool::progressBar("X1-L", 0, "", true), "X1-L  ░░░░░░░░░░░░░░░░░░░░░░░░░░░░░░    0 %");
+    EXPECT_EQ(tool::progressBar("X1-L", 0, "", { .drawing = true }), "X1-L  ░░░░░░░░░░░░░░░░░░░░░░░░░░░░░░    0 %");
     // A name of 26 characters becomes one of 20, and the bar shorter: 79 columns.
-    EXPECT_EQ(tool::progressBar("The aid with the long name", 100, "21.3 kB/s, 1:00:03 gone, 0:05 left", false),
+    EXPECT_EQ(tool::progressBar("The aid with the long name", 100, "21.3 kB/s, 1:00:03 gone, 0:05 left", {}),
         "The aid with the lon  ##############  100 %  21.3 kB/s, 1:00:03 gone, 0:05 left");
-    EXPECT_EQ(tool::progressBar("Hörgerät\033[J", 0, "x", false).substr(0, 16), "Hörgerät?[J  .");
+    EXPECT_EQ(tool::progressBar("Hörgerät\033[J", 0, "x", {}).substr(0, 16), "Hörgerät?[J  .");
+    EXPECT_EQ(tool::progressBar("X1-L", 50, "21.3 kB/s, 0:03 gone", { .columns = 50 }),
+        "X1-L  #######.......   50 %  21.3 kB/s, 0:03 gone");
+    EXPECT_EQ(tool::progressBar("X1-L", 50, "21.3 kB/s, 0:03 gone", { .columns = 40 }),
+        "X1-L     50 %  21.3 kB/s, 0:03 gone");
     EXPECT_EQ(tool::clockText(Seconds(3599.9)), "59:59");
     EXPECT_EQ(tool::clockText(Seconds(3661)), "1:01:01");
 }
@@ -259,10 +264,10 @@ TEST_F(ToolUpdate, EachFailureOfAnAidHasASentence)
             "did not receive the image as it was sent; move closer and start the update again" },
         { { .fails = FirmwareFailure::boot },
             "received the image and could not start it; is " + file
-                + " the right file for it? aurisk profile show tells which versions it has" },
+                + " the right file for it? aurisk profile show X1-L tells which versions it has" },
         { { .fails = FirmwareFailure::bootError },
             "received the image and could not start it; is " + file
-                + " the right file for it? aurisk profile show tells which versions it has" },
+                + " the right file for it? aurisk profile show X1-L tells which versions it has" },
     };
     for (const auto& [firmware, sentence] : cases) {
         setFirmware("X1-L", firmware);
@@ -300,8 +305,14 @@ TEST_F(ToolUpdate, AnAidThatIsNotAsItShouldBeHasASentenceToo)
         { { whole }, { { 1, { 0x42 } } },
             "Odd-L gave an answer that stands for nothing (0x00fe689d03910142dc16); move closer and start the update "
             "again" },
+        // 68 + 9D + 03 + 91 + 03 + 42 = 1DE, and nobody knows what the device makes of the image that it has
+        { { whole }, { { 1, { 0x13 } }, { 2, { 0x15 } }, { 3, { 0x17, 0x42 } } },
+            "Odd-L gave an answer that stands for nothing (0x00fe689d03910342de16); aurisk profile show Odd-L tells "
+            "which versions it has" },
         { { whole }, { { 1, { 0x11, 0x13 } }, { 2, { 0x15 } }, { 3, { 0x17 } } },
-            "Odd-L fell silent before it had started the image (nothing for 30 s); aurisk profile show tells which "
+            "Odd-L fell silent when it was about to start the image (nothing for 30 s); aurisk profile show Odd-L "
+            "tells "
+            "which "
             "versions it has" },
     };
     for (const auto& [services, answers, sentence] : cases) {
@@ -350,8 +361,8 @@ TEST_F(ToolUpdate, ALinkThatIsLostIsSaidOnce)
     simulator->radio().dropLink("X1-L");
     EXPECT_EQ(end(), ExitCode::failed);
     EXPECT_THAT(sink.errors,
-        ElementsAre(
-            "aurisk: the link to X1-L was lost after 50 % of the image; move closer and start the update again"));
+        ElementsAre("aurisk: the link to X1-L was lost after 50 % of the image; move closer and start the update again",
+            "aurisk: X1-R was updated and X1-L was not: their firmware may differ now"));
     EXPECT_EQ(sink.output.back(), "X1-R  updated in 1.4 s, firmware 2.3.1 -> 2.4.0");
 
     begin(update("X1-L"));
@@ -381,8 +392,8 @@ TEST_F(ToolUpdate, AnInterruptionEndsItAtOnceAndSaysHowFarItCame)
     run->interrupt();
     EXPECT_EQ(end(), ExitCode::interrupted);
     EXPECT_THAT(sink.errors,
-        ElementsAre("aurisk: X1-L took the whole image, and has not told its versions since; aurisk profile show tells "
-                    "which versions it has"));
+        ElementsAre("aurisk: X1-L took the whole image, and has not told its versions since; aurisk profile show X1-L "
+                    "tells which versions it has"));
     EXPECT_EQ(aid("X1-L").state().firmware.updates, 1);
 
     style.redrawing = true;
@@ -405,7 +416,7 @@ TEST_F(ToolUpdate, AnAidThatDoesNotComeBackIsSaid)
     EXPECT_EQ(end(), ExitCode::failed);
     EXPECT_THAT(sink.errors,
         ElementsAre("aurisk: X1-L took the whole image, and has not been heard since (30 s); switch it off and on, and "
-                    "aurisk profile show tells which versions it has"));
+                    "aurisk profile show X1-L tells which versions it has"));
 
     // It comes back, and says nothing.
     faults("X1-L").ignoresConnections = false;
@@ -416,8 +427,8 @@ TEST_F(ToolUpdate, AnAidThatDoesNotComeBackIsSaid)
     EXPECT_EQ(end(), ExitCode::failed);
     EXPECT_THAT(sink.errors,
         ElementsAre("aurisk: X1-L did not answer within 3 s when asked to tell its swVersion",
-            "aurisk: X1-L took the whole image, and has not told its versions since; aurisk profile show tells which "
-            "versions it has"));
+            "aurisk: X1-L took the whole image, and has not told its versions since; aurisk profile show X1-L tells "
+            "which versions it has"));
 }
 
 TEST_F(ToolUpdate, AFileThatCannotBeSentIsRefusedBeforeARadioIsAsked)
@@ -427,7 +438,10 @@ TEST_F(ToolUpdate, AFileThatCannotBeSentIsRefusedBeforeARadioIsAsked)
         EXPECT_EQ(aurisk("update X1-L " + file), ExitCode::usage) << sentence;
         EXPECT_THAT(sink.errors, ElementsAre("aurisk: " + sentence));
     };
-    refused(path + ".none", path + ".none cannot be read: No such file or directory");
+    refused(path + ".none",
+        path
+            + ".none cannot be read: No such file or directory (a hearing aid is named before the file: aurisk update "
+              "X1-L FILE)");
     refused("/dev/zero", "/dev/zero is no file that firmware could be read from");
     refused(testing::TempDir(), testing::TempDir() + " is no file that firmware could be read from");
     write("", 0);

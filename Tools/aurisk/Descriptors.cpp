@@ -1,10 +1,13 @@
 #include "Tools/aurisk/Descriptors.h"
 
+#include "Tools/aurisk/TextLayout.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <string_view>
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace aurisk::tool {
@@ -47,6 +50,12 @@ bool Descriptors::isRedrawing() const
 {
     const char* const terminal = std::getenv("TERM");
     return ::isatty(_output) == 1 && terminal && std::string_view(terminal) != "dumb";
+}
+
+std::size_t Descriptors::columns() const
+{
+    winsize size{};
+    return ::ioctl(_output, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : widestLine;
 }
 
 bool Descriptors::isColourful() const

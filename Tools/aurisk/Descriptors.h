@@ -22,6 +22,9 @@ public:
     /// Whether people see standard output as it is written, and in colour.
     bool isColourful() const;
 
+    /// How wide what they see it on is: 80 where nobody knows.
+    std::size_t columns() const;
+
     /// Whether what they see it on shows UTF-8.
     bool isDrawing() const;
 

@@ -13,7 +13,6 @@ namespace {
 
 constexpr std::string_view again = "move closer and start the update again";
 constexpr std::string_view offAndOn = "switch it off and on, and start the update again";
-constexpr std::string_view askForVersions = "aurisk profile show tells which versions it has";
 
 /// What an error that the library reports is to people: what the device did, and what they can do.
 struct Row {
@@ -34,7 +33,7 @@ constexpr Row rows[] = {
         "is {file} the right file for it, and --type {type} the right one?" },
     { DFUError::sequenceFailure, "missed a packet", again },
     { DFUError::bootWriteFailed, "received the image and could not start it",
-        "is {file} the right file for it? aurisk profile show tells which versions it has" },
+        "is {file} the right file for it? {versions}" },
 };
 
 /// The bytes that a message of the library ends with.
@@ -42,12 +41,16 @@ std::string bytesOf(const std::string& message) { return message.substr(message.
 
 } // namespace
 
-void FirmwareUpdate::begin(Session& session, const std::shared_ptr<DFUFirmware>& image, Session::Then completed)
+void FirmwareUpdate::begin(
+    Session& session, const std::shared_ptr<DFUFirmware>& image, Session::Then completed, Session::Then ended)
 {
     const auto update = std::make_shared<FirmwareUpdate>(Key{}, session, *image, std::move(completed));
     session.allowLeaving(); // the library says whether that is a failure
     session.setIfCutShort([update] { return update->ifCutShort(); });
-    session.setAtEnd([update](Session& self) { update->end(self); });
+    session.setAtEnd([update, ended = std::move(ended)](Session& self) {
+        update->end(self);
+        ended(self);
+    });
     update->watch(session);
 
     const auto configure = DFUConfigure::create()->with(image);
@@ -104,22 +107,22 @@ void FirmwareUpdate::failed(DFUError error, const std::string& message)
     const auto session = underWay();
     if (!session)
         return;
-    const auto state = _progress.state();
     if (error == DFUError::receivingNotificationFailed && session->device().state() != AccessoryState::connected)
-        return fail(*session, fmt::format("the link to {} was lost {}", _name, _progress.howFar()),
-            state < DFUState::validating ? again : askForVersions);
+        return fail(*session, fmt::format("the link to {} was lost {}", _name, _progress.howFar()), whileUnsure(again));
 
     const auto row = std::find_if(
         std::begin(rows), std::end(rows), [error](const Row& candidate) { return candidate.error == error; });
     const auto filled = [&](std::string_view text) {
         return fmt::format(fmt::runtime(text), fmt::arg("answer", bytesOf(message)), fmt::arg("size", _size),
-            fmt::arg("file", inQuotes(session->options().file)),
+            fmt::arg("file", inQuotes(session->options().file)), fmt::arg("versions", versions()),
             fmt::arg("type", int(session->options().firmwareType)));
     };
-    const auto where = state == DFUState::uploading ? ' ' + _progress.howFar() : "";
+    const auto where = _progress.state() == DFUState::uploading ? ' ' + _progress.howFar() : "";
     if (row == std::end(rows))
         return fail(*session, fmt::format("{} failed to be updated: {}", _name, message), again);
-    fail(*session, fmt::format("{} {}{}", _name, filled(row->happened), where), filled(row->next));
+    const bool isUnclear = error == DFUError::unsupportedResponse || error == DFUError::receivingNotificationFailed;
+    const auto next = filled(row->next);
+    fail(*session, fmt::format("{} {}{}", _name, filled(row->happened), where), isUnclear ? whileUnsure(next) : next);
 }
 
 // A silent device
@@ -147,7 +150,7 @@ void FirmwareUpdate::look()
     if (_lastHeard + limit - DispatchQueue::main().now() > negligible)
         return watch(*session);
     fail(*session, fmt::format("{} fell silent {} (nothing for {:g} s)", _name, _progress.howFar(), limit.count()),
-        _progress.state() < DFUState::validating ? offAndOn : askForVersions);
+        whileUnsure(offAndOn));
 }
 
 /// To check and to start an image takes longer than to take a packet.
@@ -159,6 +162,18 @@ Seconds FirmwareUpdate::patience(const Session& session) const
 
 // The end
 
+std::string FirmwareUpdate::versions() const
+{
+    return fmt::format("aurisk profile show {} tells which versions it has", printable(_name));
+}
+
+/// What to do after something that does not say what the device made of the image. Before it has all of it, it has made
+/// nothing of it.
+std::string FirmwareUpdate::whileUnsure(std::string_view usual) const
+{
+    return _progress.state() < DFUState::validating ? std::string(usual) : versions();
+}
+
 void FirmwareUpdate::fail(Session& session, const std::string& happened, std::string_view next)
 {
     session.setIfCutShort(nullptr); // this says it
@@ -169,10 +184,10 @@ std::string FirmwareUpdate::ifCutShort() const
 {
     switch (_progress.state()) {
     case DFUState::completed:
-        return fmt::format("{} took the whole image, and has not told its versions since; {}", _name, askForVersions);
+        return fmt::format("{} took the whole image, and has not told its versions since; {}", _name, versions());
     case DFUState::validating:
     case DFUState::validated:
-        return fmt::format("the update of {} was broken off {}; {}", _name, _progress.howFar(), askForVersions);
+        return fmt::format("the update of {} was broken off {}; {}", _name, _progress.howFar(), versions());
     default:
         return fmt::format("the update of {} was broken off {}; the next one begins anew", _name, _progress.howFar());
     }

@@ -23,8 +23,10 @@ class FirmwareUpdate final : public DFUServiceDelegate,
     };
 
 public:
-    /// Goes on once the device starts the image, from when on it may leave; else the session ends with a sentence.
-    static void begin(Session& session, const std::shared_ptr<DFUFirmware>& image, Session::Then completed);
+    /// Goes on once the device starts the image, from when on it may leave; else the session ends with a sentence. When
+    /// the session ends, whatever the reason, `ended`.
+    static void begin(
+        Session& session, const std::shared_ptr<DFUFirmware>& image, Session::Then completed, Session::Then ended);
     FirmwareUpdate(Key, Session& session, const DFUFirmware& image, Session::Then completed);
 
     void dfuStateDidChange(DFUState to) override;
@@ -38,6 +40,8 @@ private:
     void look();
     Seconds patience(const Session& session) const;
     void fail(Session& session, const std::string& happened, std::string_view next);
+    std::string versions() const;
+    std::string whileUnsure(std::string_view usual) const;
     std::string ifCutShort() const;
     void end(Session& session);
 

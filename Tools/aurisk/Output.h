@@ -35,6 +35,7 @@ struct Style {
     bool colour = false; ///< of what goes to `Sink::out`
     bool drawing = false; ///< with characters beyond ASCII there, to draw with
     bool redrawing = false; ///< what is there can be replaced
+    std::size_t columns = 80; ///< of what shows it
 };
 
 /// Writes what commands tell: as one JSON object a line, or for people, from the same description.

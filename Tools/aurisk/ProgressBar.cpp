@@ -29,15 +29,16 @@ std::string firstCharacters(const std::string& text, std::size_t count)
 
 } // namespace
 
-std::string progressBar(const std::string& name, int percent, const std::string& text, bool drawing)
+std::string progressBar(const std::string& name, int percent, const std::string& text, const Style& style)
 {
     constexpr std::size_t longestName = 20, shortestBar = 10, longestBar = 30;
     const auto head = firstCharacters(printable(name), longestName) + "  ";
     const auto tail = fmt::format("  {:3} %  {}", percent, text);
     const auto taken = characterCount(head) + characterCount(tail) + 1; // the last column stays free
-    const auto width = std::clamp(widestLine - std::min(taken, widestLine), shortestBar, longestBar);
+    const auto room = std::min(style.columns - std::min(taken, style.columns), longestBar);
+    const auto width = room < shortestBar ? 0 : room;
     const auto full = width * std::size_t(std::clamp(percent, 0, 100)) / 100;
-    const auto bar = times(drawing ? "█" : "#", full) + times(drawing ? "░" : ".", width - full);
+    const auto bar = times(style.drawing ? "█" : "#", full) + times(style.drawing ? "░" : ".", width - full);
     return withoutTrailingBlanks(head + bar + tail);
 }
 

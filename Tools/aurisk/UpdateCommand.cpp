@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <system_error>
@@ -50,7 +51,9 @@ try {
             Tiny600DFUPacket::largestImage));
     return DFUFirmware::load(options.file, options.firmwareType);
 } catch (const std::system_error& error) {
-    throw UsageError(fmt::format("{} cannot be read: {}", options.file, error.code().message()));
+    constexpr auto order = " (a hearing aid is named before the file: aurisk update X1-L FILE)";
+    throw UsageError(fmt::format("{} cannot be read: {}{}", options.file, error.code().message(),
+        error.code() == std::errc::no_such_file_or_directory ? order : ""));
 }
 
 /// Those that the device tells: it may be one that answers nothing but updates.
@@ -79,8 +82,26 @@ Fields changes(const ProfileValues& before, const ProfileValues& after)
     return fields;
 }
 
-void tell(Session& session, Seconds span, const ProfileValues& before, const ProfileValues& after)
+/// What became of the devices whose updates began together.
+struct Outcome {
+    int underWay = 0;
+    std::vector<std::string> updated = {}, others = {}; ///< their names
+
+    void end(Session& session)
+    {
+        if (std::find(updated.begin(), updated.end(), session.name()) == updated.end())
+            others.push_back(session.name());
+        if (--underWay == 0 && !updated.empty() && !others.empty())
+            session.note(fmt::format(
+                "{} was updated and {} was not: their firmware may differ now", updated.front(), others.front()));
+    }
+};
+using SharedOutcome = std::shared_ptr<Outcome>;
+
+void tell(Session& session, const SharedOutcome& outcome, Seconds span, const ProfileValues& before,
+    const ProfileValues& after)
 {
+    outcome->updated.push_back(session.name());
     Fields fields = { { .key = "updated", .value = true },
         { .key = "seconds",
             .value = std::round(span.count() * 1000) / 1000,
@@ -94,29 +115,33 @@ void tell(Session& session, Seconds span, const ProfileValues& before, const Pro
     session.finish();
 }
 
-void update(Session& session, const std::shared_ptr<DFUFirmware>& image, const ProfileValues& before)
+void update(Session& session, const std::shared_ptr<DFUFirmware>& image, const SharedOutcome& outcome,
+    const ProfileValues& before)
 {
+    ++outcome->underWay;
     const auto began = session.sinceBegin();
     const auto isBack = [=](Session& self) {
         const auto span = self.sinceBegin() - began;
-        readVersions(self, [=](Session& again, const auto& after) { tell(again, span, before, after); });
+        readVersions(self, [=](Session& again, const auto& after) { tell(again, outcome, span, before, after); });
     };
-    FirmwareUpdate::begin(session, image, [isBack](Session& self) {
+    const auto completed = [isBack](Session& self) {
         const auto limit = std::max(self.options().timeout, longWait);
-        const auto isAway = fmt::format("{} took the whole image, and has not been heard since ({:g} s); switch it off "
-                                        "and on, and aurisk profile show tells which versions it has",
-            self.name(), limit.count());
+        const auto isAway
+            = fmt::format("{0} took the whole image, and has not been heard since ({1:g} s); switch it off "
+                          "and on, and aurisk profile show {0} tells which versions it has",
+                self.name(), limit.count());
         self.awaitReturn(limit, isAway, isBack);
-    });
+    };
+    FirmwareUpdate::begin(session, image, completed, [outcome](Session& self) { outcome->end(self); });
 }
 
 /// Both of a pair are known to be there before either is changed.
-void play(Session& session, const std::shared_ptr<DFUFirmware>& image)
+void play(Session& session, const std::shared_ptr<DFUFirmware>& image, const SharedOutcome& outcome)
 {
     if (!session.device().firmwareUpdateService())
         return session.fail(fmt::format("{} has no service for firmware updates (AE3A)", session.name()));
-    readVersions(session, [image](Session& self, const auto& before) {
-        self.meet([=](Session& again) { update(again, image, before); });
+    readVersions(session, [=](Session& self, const auto& before) {
+        self.meet([=](Session& again) { update(again, image, outcome, before); });
     });
 }
 
@@ -124,7 +149,9 @@ void play(Session& session, const std::shared_ptr<DFUFirmware>& image)
 
 Plan planUpdate(const Options& options)
 {
-    return { .play = [image = imageOf(options)](Session& session) { play(session, image); } };
+    const auto image = imageOf(options);
+    const auto outcome = std::make_shared<Outcome>();
+    return { .play = [=](Session& session) { play(session, image, outcome); } };
 }
 
 } // namespace aurisk::tool

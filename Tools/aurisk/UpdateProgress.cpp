@@ -85,7 +85,7 @@ void UpdateProgress::tellReport(Session& session)
 void UpdateProgress::redraw(Session& session)
 {
     _drawn = DispatchQueue::main().now();
-    session.showLive(progressBar(session.name(), _percent, words(), session.style().drawing));
+    session.showLive(progressBar(session.name(), _percent, words(), session.style()));
 }
 
 /// None where the speed is not known.
@@ -116,7 +116,7 @@ std::string UpdateProgress::howFar() const
 {
     switch (_state) {
     case DFUState::validating: return "while it checked the image";
-    case DFUState::validated: return "before it had started the image";
+    case DFUState::validated: return "when it was about to start the image";
     case DFUState::completed: return "after it had taken the image";
     case DFUState::uploading: return fmt::format("after {} % of the image", _percent);
     default: return "before it took anything of the image";

@@ -79,7 +79,8 @@ ExitCode runArguments(const std::vector<std::string>& arguments, Descriptors& de
         { .json = wantsJson(arguments),
             .colour = descriptors.isColourful(),
             .drawing = descriptors.isDrawing(),
-            .redrawing = descriptors.isRedrawing() });
+            .redrawing = descriptors.isRedrawing(),
+            .columns = descriptors.columns() });
     try {
         const auto parsed = parseArguments(arguments);
         if (const auto* options = std::get_if<Options>(&parsed))
