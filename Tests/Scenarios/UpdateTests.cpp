@@ -51,7 +51,7 @@ TEST(UpdateTransfer, ArrivesIdenticalWhateverItsSizeAndWhateverAWriteCarries)
 
 TEST(UpdateTransfer, OutlastsTheSixteenBitsOfTheSequenceNumber)
 {
-    for (const std::size_t packets : { 65536, 65600 })
+    for (const std::size_t packets : { 65536U, 65600U })
         Transfer().expectToArrive(10 * packets, 23);
 }
 
