@@ -246,12 +246,6 @@ struct SweptStory {
     std::uint8_t chip;
 };
 
-struct NamedFault {
-    const char* name;
-    Kind kind;
-    Seconds by = Seconds(0);
-};
-
 /// One fault at every message of a story: a test a story and kind of fault.
 class FaultAtEveryMessage : public testing::TestWithParam<std::tuple<SweptStory, NamedFault>> { };
 
@@ -287,16 +281,10 @@ const SweptStory allStories[] = {
     { "NumberOfProgram", programStory, a16 },
     { "WriteThenSwitch", switchStory, h01 },
 };
-const NamedFault allFaults[] = {
-    { "DropLinkBefore", Kind::dropLinkBefore },
-    { "DropLinkAfter", Kind::dropLinkAfter },
-    { "Lose", Kind::lose },
-    { "Duplicate", Kind::duplicate },
-    { "Corrupt", Kind::corrupt },
-    { "Refuse", Kind::refuse },
+const auto allFaults = everyFault({
     { "DelayALittle", Kind::delay, 0.15s },
     { "DelayBeyondTheTimeOut", Kind::delay, 3.05s },
-};
+});
 INSTANTIATE_TEST_SUITE_P(Each, FaultAtEveryMessage,
     testing::Combine(testing::ValuesIn(allStories), testing::ValuesIn(allFaults)),
     [](const auto& swept) { return std::get<0>(swept.param).name + std::string(std::get<1>(swept.param).name); });

@@ -133,12 +133,6 @@ private:
     std::shared_ptr<int> tapHolder = std::make_shared<int>();
 };
 
-struct NamedFault {
-    const char* name;
-    Kind kind;
-    Seconds by = Seconds(0);
-};
-
 class UpdateWithAFaultAtEveryMessage : public testing::TestWithParam<NamedFault> { };
 
 TEST_P(UpdateWithAFaultAtEveryMessage, IsToldAsItHappensAndTheNextOneSucceeds)
@@ -157,17 +151,11 @@ TEST_P(UpdateWithAFaultAtEveryMessage, IsToldAsItHappensAndTheNextOneSucceeds)
     }
 }
 
-const NamedFault allFaults[] = {
-    { "DropLinkBefore", Kind::dropLinkBefore },
-    { "DropLinkAfter", Kind::dropLinkAfter },
-    { "Lose", Kind::lose },
-    { "Duplicate", Kind::duplicate },
-    { "Corrupt", Kind::corrupt },
-    { "Refuse", Kind::refuse },
+const auto allFaults = everyFault({
     { "DelayALittle", Kind::delay, 0.05s },
     { "DelayBeyondTheBoot", Kind::delay, 0.35s },
     { "DelayForLong", Kind::delay, 4s },
-};
+});
 INSTANTIATE_TEST_SUITE_P(Each, UpdateWithAFaultAtEveryMessage, testing::ValuesIn(allFaults),
     [](const auto& swept) { return swept.param.name; });
 

@@ -16,6 +16,28 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Kind = Fault::Kind;
 
+/// A kind of fault, under the name that a sweep gives its test.
+struct NamedFault {
+    const char* name;
+    Kind kind;
+    Seconds by = Seconds(0);
+};
+
+/// Every kind of fault; of delays those that matter to what is swept.
+inline std::vector<NamedFault> everyFault(std::initializer_list<NamedFault> delays)
+{
+    std::vector<NamedFault> all = {
+        { "DropLinkBefore", Kind::dropLinkBefore },
+        { "DropLinkAfter", Kind::dropLinkAfter },
+        { "Lose", Kind::lose },
+        { "Duplicate", Kind::duplicate },
+        { "Corrupt", Kind::corrupt },
+        { "Refuse", Kind::refuse },
+    };
+    all.insert(all.end(), delays);
+    return all;
+}
+
 /// Passes on a platform, and knows the central that it made last.
 class WatchedPlatform final : public BluetoothPlatform {
 public:

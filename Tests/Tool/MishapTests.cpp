@@ -1,4 +1,5 @@
 #include "AuriskSDK/Shared/Utils/PreconditionPolicy.h"
+#include "Tests/Tool/OddAid.h"
 #include "Tests/Tool/ToolScenario.h"
 
 namespace aurisk::tests {
@@ -8,35 +9,17 @@ using Kind = Fault::Kind;
 
 class ToolMishap : public ToolScenario { };
 
-/// An aid that answers every request with the same bytes.
-class OddAid final : public SimulatedAid {
+/// Answers every request with the same bytes.
+class Parrot final : public OddAid {
 public:
-    explicit OddAid(Data answer)
-        : _answer(std::move(answer))
-    {
-    }
-
-    std::string name() const override { return "Odd-L"; }
-    std::string address() const override { return "0A:1B:2C:3D:4E:5F"; }
-    CBAdvertisementData advertisement() const override
-    {
-        return { Data{ 0xFE, 0xFE, 0x0A, 0x1B, 0x2C, 0x3D, 0x4E, 0x5F, 0x08, 0x06 }, name() };
-    }
-    std::vector<SimulatedService> gattTable() const override
-    {
-        return { { CBUUID(0xAE30),
+    explicit Parrot(Data answer)
+        : OddAid({ { CBUUID(0xAE30),
             { { CBUUID(0xAE01), CBCharacteristicProperties::write },
-                { CBUUID(0xAE02), CBCharacteristicProperties::notify } } } };
+                { CBUUID(0xAE02), CBCharacteristicProperties::notify } } } })
+        , _answer(std::move(answer))
+    {
     }
     void didReceive(const CBUUID&, DataView) override { send(CBUUID(0xAE02), _answer); }
-    void refuse(const CBUUID&, DataView) override { }
-    std::optional<Data> read(const CBUUID&) const override { return std::nullopt; }
-    bool accepts(const WearerAction&) const override { return false; }
-    bool perform(const WearerAction&) override { return false; }
-    nlohmann::json toJson() const override // of a kind that worlds know
-    {
-        return { { "kind", "aurisk" }, { "name", name() }, { "address", address() } };
-    }
 
 private:
     Data _answer;
@@ -130,7 +113,7 @@ TEST_F(ToolMishap, AnAidThatAnswersNonsenseHarmsNobody)
     };
     for (const auto& [answer, commandLine, sentence] : cases) {
         SimulatedWorld world;
-        world.aids = { { .aid = std::make_shared<OddAid>(answer) } };
+        world.aids = { { .aid = std::make_shared<Parrot>(answer) } };
         simulator = Simulator::create(world);
         EXPECT_EQ(aurisk(commandLine), ExitCode::failed) << sentence;
         EXPECT_THAT(sink.errors, ElementsAre("aurisk: " + sentence));

@@ -1,3 +1,4 @@
+#include "Tests/Tool/OddAid.h"
 #include "Tests/Tool/TemporaryPath.h"
 #include "Tests/Tool/ToolScenario.h"
 #include "Tools/aurisk/ProgressBar.h"
@@ -47,25 +48,17 @@ Lines screenOf(const std::string& written)
     return rows;
 }
 
-/// An aid that says the same to every frame of an update, whatever it holds, and does nothing.
-class StubbornAid final : public SimulatedAid {
+/// Says the same to every frame of an update, whatever it holds, and does nothing.
+class StubbornAid final : public OddAid {
 public:
     /// The status to start, packet and validation, as many as it says to each.
     using Answers = std::map<std::uint8_t, Data>;
 
     StubbornAid(std::vector<SimulatedService> services, Answers answers)
-        : _services(std::move(services))
+        : OddAid(std::move(services))
         , _answers(std::move(answers))
     {
     }
-
-    std::string name() const override { return "Odd-L"; }
-    std::string address() const override { return "0A:1B:2C:3D:4E:5F"; }
-    CBAdvertisementData advertisement() const override
-    {
-        return { Data{ 0xFE, 0xFE, 0x0A, 0x1B, 0x2C, 0x3D, 0x4E, 0x5F, 0x08, 0x06 }, name() };
-    }
-    std::vector<SimulatedService> gattTable() const override { return _services; }
     void didReceive(const CBUUID&, DataView value) override
     {
         const std::uint8_t opcode = value[5];
@@ -74,17 +67,8 @@ public:
             send(CBUUID(0xAE3C), { 0x00, 0xFE, 0x68, 0x9D, 0x03, 0x91, opcode, status, sum, 0x16 });
         }
     }
-    void refuse(const CBUUID&, DataView) override { }
-    std::optional<Data> read(const CBUUID&) const override { return std::nullopt; }
-    bool accepts(const WearerAction&) const override { return false; }
-    bool perform(const WearerAction&) override { return false; }
-    nlohmann::json toJson() const override // of a kind that worlds know
-    {
-        return { { "kind", "aurisk" }, { "name", name() }, { "address", address() } };
-    }
 
 private:
-    std::vector<SimulatedService> _services;
     Answers _answers;
 };
 
