@@ -11,6 +11,8 @@
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskManuData.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskProgram.h"
 #include "AuriskSDK/HearingAid/Aurisk/Repository/AuriskResourceBundle.h"
+#include "AuriskSDK/HearingAid/Vortilex/Data/PL3DeviceSettings.h"
+#include "AuriskSDK/HearingAid/Vortilex/PL3Accessory.h"
 #include "AuriskSDK/Platform/Asio/MainQueue.h"
 #include "AuriskSDK/Platform/Bluetooth.h"
 #include "AuriskSDK/Platform/Dispatch.h"

@@ -17,6 +17,9 @@ set(layers
     "AuriskSDK/HearingAid/Aurisk/Repository:AuriskSDK/Platform/Data.h,AuriskSDK/Shared/Utils"
     "AuriskSDK/HearingAid/Aurisk/Service:AuriskSDK/Platform,AuriskSDK/Shared/Utils,AuriskSDK/Shared/Accessory,AuriskSDK/Shared/Dfu,AuriskSDK/Shared/Dfu/Tiny600,AuriskSDK/HearingAid/Aurisk/Data"
     "AuriskSDK/HearingAid/Aurisk:AuriskSDK/Platform,AuriskSDK/Shared/Utils,AuriskSDK/Shared/Accessory,AuriskSDK/Shared/Dfu,AuriskSDK/HearingAid/AccessoryOrientation.h,AuriskSDK/HearingAid/Aurisk/Data,AuriskSDK/HearingAid/Aurisk/Service"
+    # Frames are about what the family's commands name.
+    "AuriskSDK/HearingAid/Vortilex/Data:AuriskSDK/Platform/Data.h,AuriskSDK/Shared/Utils,AuriskSDK/HearingAid/AccessoryOrientation.h,AuriskSDK/HearingAid/Vortilex/PL3Command.h"
+    "AuriskSDK/HearingAid/Vortilex:AuriskSDK/Platform,AuriskSDK/Shared/Utils,AuriskSDK/Shared/Accessory,AuriskSDK/HearingAid/AccessoryOrientation.h,AuriskSDK/HearingAid/Vortilex/Data"
     # The selector that the manager starts with knows every family.
     "AuriskSDK/HearingAid:AuriskSDK/Platform,AuriskSDK/Shared/Utils,AuriskSDK/Shared/Accessory,AuriskSDK/HearingAid"
     "Simulator:AuriskSDK/Platform,AuriskSDK/Shared/Utils/AuriskLog.h,AuriskSDK/Shared/Utils/HexToData.h,AuriskSDK/Shared/Utils/Queue.h"

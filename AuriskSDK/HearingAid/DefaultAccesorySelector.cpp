@@ -2,6 +2,7 @@
 #include "AuriskSDK/HearingAid/Aurisk/AuriskA4Accessory.h"
 #include "AuriskSDK/HearingAid/Aurisk/AuriskH01Accessory.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskManuData.h"
+#include "AuriskSDK/HearingAid/Vortilex/PL3Accessory.h"
 #include "AuriskSDK/Shared/Accessory/AccessorySelectorDelegate.h"
 #include "AuriskSDK/Shared/Utils/Precondition.h"
 
@@ -26,7 +27,7 @@ std::shared_ptr<Accessory> accessoryFor(
     precondition(mfgData.size() >= 2, "manufacturer data of {} byte(s) has no company identifier", mfgData.size());
     const unsigned company = mfgData[0] | unsigned{ mfgData[1] } << 8;
     if (company == VORTILEX_MANUFACTURER_ID)
-        return nullptr; // heard, but no class of this library speaks to that family yet
+        return PL3Accessory::create(peripheral, mfgData, manager);
     if (!isAuriskDevice(mfgData, *peripheral))
         return nullptr;
 

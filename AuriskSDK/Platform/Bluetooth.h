@@ -31,7 +31,7 @@ public:
     using Bytes = std::array<std::uint8_t, 16>;
 
     explicit CBUUID(std::uint16_t shortForm);
-    explicit CBUUID(const Bytes& bytes) ///< in the order in which the text form shows them
+    explicit constexpr CBUUID(const Bytes& bytes) ///< in the order in which the text form shows them
         : _bytes(bytes)
     {
     }
@@ -205,7 +205,8 @@ public:
     virtual void setNotifyValue(bool enabled, const std::shared_ptr<CBCharacteristic>& characteristic) = 0;
     virtual void readValue(const std::shared_ptr<CBCharacteristic>& characteristic) = 0;
 
-    /// Writes `value` whole, at most `maximumWriteValueLength(type)` bytes. Only a write with response is answered.
+    /// Writes `value` whole, at most `maximumWriteValueLength(type)` bytes. Only a write with response is answered: once,
+    /// and in the order of the writes to that characteristic, while the link lasts.
     virtual void writeValue(
         DataView value, const std::shared_ptr<CBCharacteristic>& characteristic, CBCharacteristicWriteType type)
         = 0;

@@ -87,15 +87,18 @@ public:
         return head && _sending ? std::optional<T>((*head)->value) : std::nullopt;
     }
 
-    /// Delivers the result (none: a time-out) of the request in flight. A result that finds none in flight is dropped:
-    /// late and duplicated replies never complete a request that is not on the air.
-    void excuted(std::optional<R> result)
+    /// Delivers the result (none: a time-out) of the request in flight. False for a result that finds none in flight,
+    /// or one that has its result already; that is dropped: late and duplicated replies never complete a request that
+    /// is not on the air.
+    bool excuted(std::optional<R> result)
     {
-        if (!_sending || !_sending->isSent)
-            return;
+        if (!_sending || !_sending->isOnAir)
+            return false;
+        _sending->isOnAir = false;
         _dispatchQueue.async([self = this->shared_from_this(), message = _sending, result = std::move(result)] {
             self->deliver(message, result);
         });
+        return true;
     }
 
 private:
@@ -111,7 +114,7 @@ private:
         Seconds time; ///< of creation, then of sending: what ties a time-out to its sending
         std::optional<Seconds> timeOut;
         ResultAction resultAction;
-        bool isSent = false;
+        bool isOnAir = false; ///< sent, and no result yet
     };
     using MessageReference = std::shared_ptr<Message>;
 
@@ -130,7 +133,7 @@ private:
         if (_sending != message) // aborted in the pause
             return;
         message->time = nextTime();
-        message->isSent = true;
+        message->isOnAir = true;
         _requestAction(message->value);
         log([&] { return "request: " + description(message->value); });
         if (message->timeOut)

@@ -8,8 +8,12 @@
 
 namespace aurisk {
 
+template <typename Response, typename Error> class RequestResult;
 class AuriskResponse;
-class AuriskResult;
+class AuriskResultError;
+
+/// The outcome of a request: what the device says, or why it failed (AuriskResult.h).
+using AuriskResult = RequestResult<AuriskResponse, AuriskResultError>;
 
 /// One frame of the protocol, without its checksum.
 ///

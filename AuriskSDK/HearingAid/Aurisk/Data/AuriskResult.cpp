@@ -140,10 +140,4 @@ std::string description(const AuriskResponse& response) { return description(res
 
 std::string description(const AuriskResultError& error) { return description(error.value()); }
 
-std::string description(const AuriskResult& result)
-{
-    return result.isSuccess() ? "success(data: " + description(*result.data()) + ")"
-                              : "error(error: " + description(*result.error()) + ")";
-}
-
 } // namespace aurisk

@@ -4,6 +4,7 @@
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskProfileType.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskRawData.h"
 #include "AuriskSDK/Shared/Utils/LabelledCase.h"
+#include "AuriskSDK/Shared/Utils/RequestResult.h"
 
 #include <concepts>
 #include <optional>
@@ -171,32 +172,7 @@ private:
     Case _case;
 };
 
-/// The outcome of a request: what the device says, or why it failed.
-class AuriskResult {
-public:
-    static AuriskResult success(AuriskResponse data) { return AuriskResult(std::move(data)); }
-    static AuriskResult error(AuriskResultError error) { return AuriskResult(std::move(error)); }
-
-    bool isSuccess() const { return data() != nullptr; }
-
-    /// What the device says; null where the request failed.
-    const AuriskResponse* data() const { return std::get_if<AuriskResponse>(&_outcome); }
-
-    /// Why the request failed; null where it did not.
-    const AuriskResultError* error() const { return std::get_if<AuriskResultError>(&_outcome); }
-
-    friend bool operator==(const AuriskResult&, const AuriskResult&) = default;
-
-private:
-    explicit AuriskResult(std::variant<AuriskResponse, AuriskResultError> outcome)
-        : _outcome(std::move(outcome))
-    {
-    }
-    std::variant<AuriskResponse, AuriskResultError> _outcome;
-};
-
 std::string description(const AuriskResponse& response);
 std::string description(const AuriskResultError& error);
-std::string description(const AuriskResult& result);
 
 } // namespace aurisk
