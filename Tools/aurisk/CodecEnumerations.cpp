@@ -5,6 +5,8 @@
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskDsp.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskProfileType.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskProgram.h"
+#include "AuriskSDK/HearingAid/Vortilex/Data/PL3DeviceSettings.h"
+#include "AuriskSDK/HearingAid/Vortilex/PL3Command.h"
 
 namespace aurisk::codec {
 
@@ -55,6 +57,8 @@ constexpr Enumeration enumerations[] = {
     { "AuriskNoise", cases<AuriskNoise> },
     { "AuriskProfileType", cases<AuriskProfileType> },
     { "AccessoryOrientation", cases<AccessoryOrientation> },
+    { "PL3Command", cases<PL3Command> },
+    { "PL3DeviceSettings", cases<PL3DeviceSettings> },
     { "AuriskA4DspEnum.InputMode", cases<AuriskA4DspEnum::InputMode> },
     { "AuriskA4DspEnum.PreampGain", cases<AuriskA4DspEnum::PreampGain> },
     { "AuriskA4DspEnum.FeedbackCanceler", cases<AuriskA4DspEnum::FeedbackCanceler> },

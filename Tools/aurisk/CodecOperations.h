@@ -45,4 +45,13 @@ Answer encodeDfuValidate(const Members& line);
 Answer decodeDfuResponse(const Members& line);
 Answer crc16(const Members& line);
 
+// The PL3 family.
+Answer encodeHdlc(const Members& line);
+Answer encodeHdlcText(const Members& line);
+Answer decodeHdlc(const Members& line); ///< one notification, or several that one receiver takes in
+Answer decodePL3ManuData(const Members& line);
+Answer decodePL3Block(const Members& line);
+Answer describePL3Value(const Members& line);
+Answer namePL3Command(const Members& line);
+
 } // namespace aurisk::codec

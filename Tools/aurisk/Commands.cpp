@@ -1,6 +1,7 @@
 #include "Tools/aurisk/Commands.h"
 
 #include "Tools/aurisk/DeviceFields.h"
+#include "Tools/aurisk/PL3Commands.h"
 #include "Tools/aurisk/Values.h"
 
 #include <fmt/format.h>
@@ -123,18 +124,21 @@ void playOrientation(Session& session)
 Plan planOf(const Options& options)
 {
     switch (options.command) {
-    case Command::info: return { .play = playInfo };
-    case Command::program: return { .play = playProgram };
-    case Command::volume: return { .play = playVolume };
-    case Command::mute: return { .play = playMute };
+    case Command::info: return { .play = playInfo, .playPL3 = playPL3Info };
+    case Command::program: return { .play = playProgram, .playPL3 = playPL3Program };
+    case Command::volume:
+        return { .play = playVolume, .playPL3 = playPL3Volume, .checkPL3 = [=](const PL3Accessory& device) {
+                    return whyWithoutVolumeOfProgram(options, device);
+                } };
+    case Command::mute: return { .play = playMute, .playPL3 = playPL3Mute };
     case Command::transparency: return { .play = playTransparency };
     case Command::bredr: return { .play = playBrEdr };
-    case Command::battery: return { .play = playBattery };
+    case Command::battery: return { .play = playBattery, .playPL3 = playPL3Battery };
     case Command::find: return { .play = playFind };
     case Command::tone: return { .play = playTone };
     case Command::orientation: return { .play = playOrientation };
-    case Command::monitor: return { .play = playMonitor };
-    case Command::raw: return { .play = playRaw };
+    case Command::monitor: return planMonitor();
+    case Command::raw: return planRaw(options);
     case Command::dsp: return planDsp(options);
     case Command::eq: return planEq(options);
     case Command::noise: return planNoise(options);

@@ -16,6 +16,10 @@ struct Plan {
     /// Says of each device, before any is connected, why the command cannot be done with it. May throw a UsageError.
     std::function<std::optional<Failure>(const AuriskAccessory&)> check = nullptr;
 
+    /// The same two for a hearing aid of the PL3 family. Without `playPL3` the command is not for those.
+    std::function<void(Session&)> playPL3 = nullptr;
+    std::function<std::optional<Failure>(const PL3Accessory&)> checkPL3 = nullptr;
+
     /// Once, after all devices are done with and disconnected. May throw a UsageError.
     std::function<void(Output&)> conclude = nullptr;
 };
@@ -26,8 +30,8 @@ Plan planOf(const Options& options);
 // Those that have a file of their own.
 void playInfo(Session& session);
 void playTone(Session& session);
-void playMonitor(Session& session);
-void playRaw(Session& session);
+Plan planMonitor();
+Plan planRaw(const Options& options);
 Plan planDsp(const Options& options);
 Plan planEq(const Options& options);
 Plan planNoise(const Options& options);

@@ -1,6 +1,7 @@
 #include "Tools/aurisk/DeviceFields.h"
 
 #include "AuriskSDK/HearingAid/Aurisk/AuriskAccessory.h"
+#include "AuriskSDK/HearingAid/Vortilex/PL3Accessory.h"
 
 #include <fmt/format.h>
 
@@ -34,6 +35,15 @@ Fields advertisedFields(const Accessory& accessory, std::optional<int> rssi)
         text("class", "class", std::string(accessory.className())),
         numberField("rssi", "rssi", rssi, " dBm"),
     };
+    if (const auto* pl3 = dynamic_cast<const PL3Accessory*>(&accessory)) {
+        fields.push_back(caseField("orientation", "ear", pl3->orientation()));
+        fields.push_back({ .label = "chip", .text = "PL3" });
+        fields.push_back(text("modelName", "model", pl3->modelName()));
+        fields.push_back({ .key = "manufacturerId",
+            .value = pl3->manufacturerId(),
+            .label = "manufacturer",
+            .text = std::to_string(pl3->manufacturerId()) });
+    }
     const auto* aurisk = dynamic_cast<const AuriskAccessory*>(&accessory);
     if (!aurisk)
         return fields;
@@ -42,6 +52,15 @@ Fields advertisedFields(const Accessory& accessory, std::optional<int> rssi)
     fields.push_back(caseField("hearChip", "chip", aurisk->hearChip()));
     fields.push_back(caseField("bleChip", "radio chip", aurisk->bleChip()));
     fields.push_back(switchField("transEnable", "transparency", aurisk->transEnable()));
+    return fields;
+}
+
+Fields aboutDevice(const Accessory& accessory)
+{
+    Fields fields = { { .label = "identifier", .text = accessory.deviceId() } };
+    for (auto& field : advertisedFields(accessory, std::nullopt))
+        if (field.key != "identifier" && field.key != "name" && field.key != "rssi")
+            fields.push_back(std::move(field));
     return fields;
 }
 

@@ -15,6 +15,9 @@ namespace aurisk::tool {
 /// What advertisements say of a device.
 Fields advertisedFields(const Accessory& accessory, std::optional<int> rssi);
 
+/// The same without signal strength and name, as the first lines of a description.
+Fields aboutDevice(const Accessory& accessory);
+
 // One value each, with its words.
 Field programField(std::optional<int> program);
 Field volumeField(std::optional<int> volume);

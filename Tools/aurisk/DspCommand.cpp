@@ -1,3 +1,4 @@
+#include "Tools/aurisk/PL3Commands.h"
 #include "Tools/aurisk/SettingsTransfer.h"
 #include "Tools/aurisk/TextLayout.h"
 
@@ -109,7 +110,11 @@ std::vector<std::string> fieldLines(const SettingsBlock& block)
 Plan planDsp(const Options& options)
 {
     switch (options.action) {
-    case Action::show: return { .play = playShow, .check = whyWithoutSettings };
+    case Action::show:
+        return { .play = playShow,
+            .check = whyWithoutSettings,
+            .playPL3 = playPL3Settings,
+            .checkPL3 = [=](const PL3Accessory& device) { return whyWithoutAllPrograms(options, device); } };
     case Action::set: return planChange(options, BlockKind::program, fieldEdit);
     case Action::exportFile: return planExport(options, BlockKind::program);
     case Action::importFile: return planImport(options, BlockKind::program);

@@ -41,12 +41,7 @@ std::optional<int> currentVolume(const Told& told)
 
 void tell(Session& session, const Told& told)
 {
-    Fields fields;
-    for (auto& field : advertisedFields(session.device(), std::nullopt))
-        if (field.key != "identifier" && field.key != "name" && field.key != "rssi")
-            fields.push_back(std::move(field));
-    fields.insert(fields.begin(), { .label = "identifier", .text = session.device().deviceId() });
-
+    auto fields = aboutDevice(session.accessory());
     fields.push_back(programField(told.program));
     fields.push_back(volumeField(currentVolume(told)));
     fields.push_back({ .key = "volumes",

@@ -1,10 +1,17 @@
 #include "Tools/aurisk/Commands.h"
 
+#include "AuriskSDK/Shared/Utils/HexToData.h"
 #include "Tools/aurisk/DeviceFields.h"
+#include "Tools/aurisk/PL3Commands.h"
+#include "Tools/aurisk/Steps.h"
 
 #include <fmt/format.h>
 
 #include <cmath>
+#include <map>
+#include <memory>
+#include <optional>
+#include <utility>
 
 namespace aurisk::tool {
 
@@ -28,6 +35,8 @@ Fields changed(Field field, int previous)
     return fields;
 }
 
+const auto tellDisconnection = [](Session& self) { tellEvent(self, "disconnected", { { .text = "disconnected" } }); };
+
 Session::Events events()
 {
     return {
@@ -40,33 +49,93 @@ Session::Events events()
                 tellEvent(self, "volume", fields);
             },
         .battery = [](Session& self, int bat) { tellEvent(self, "battery", { batteryField(bat) }); },
-        .disconnected = [](Session& self) { tellEvent(self, "disconnected", { { .text = "disconnected" } }); },
+        .disconnected = tellDisconnection,
     };
 }
 
-void listen(Session& session, Fields fields)
+void listen(Session& session, Fields fields, Session::Events events)
 {
     fields.insert(fields.begin(), { .text = "connected" });
     tellEvent(session, "connected", fields);
-    session.setEvents(events());
+    session.setEvents(std::move(events));
     session.pause(session.options().duration, [](Session& self) { self.finish(); });
 }
 
-} // namespace
-
 /// The state is read first, so that the first change of each value can say what it was.
-void playMonitor(Session& session)
+void play(Session& session)
 {
     session.request(AuriskRequest::readProgramVolume{}, [](Session& self, const auto&) {
         const Fields fields = { programField(self.device().program()), volumeField(self.device().volume()) };
         if (!self.device().batteryService())
-            return listen(self, fields);
+            return listen(self, fields, events());
         self.readBattery([fields](Session& again, int bat) {
             auto all = fields;
             all.push_back(batteryField(bat));
-            listen(again, all);
+            listen(again, all, events());
         });
     });
 }
+
+// The PL3 family
+
+/// The number that such a device notified last, by what it is about.
+using Known = std::map<PL3Command, int>;
+
+/// How an event that is a number is called and shown; none for any other.
+std::optional<std::pair<std::string, Field>> numberEvent(const PL3Response& event)
+{
+    if (event.data.size() != 1)
+        return std::nullopt;
+    const int number = event.data.front();
+    switch (event.command) {
+    case PL3Command::program: return std::pair("program", programField(number));
+    case PL3Command::volumeLevel: return std::pair("volume", volumeField(number));
+    case PL3Command::batteryLevel: return std::pair("battery", batteryField(number));
+    case PL3Command::muteUnmute: return std::pair("mute", switchField("mute", "mute", number != 0));
+    default: return std::nullopt;
+    }
+}
+
+void tellNotified(Session& session, Known& known, const PL3Response& event)
+{
+    const auto shown = numberEvent(event);
+    if (!shown) {
+        const auto name = std::string(caseName(event.command));
+        const auto data = ask_hexadecimal(event.data);
+        return tellEvent(session, name, { { .key = "data", .value = data, .label = name, .text = data } });
+    }
+    const auto& [name, field] = *shown;
+    const int number = event.data.front();
+    const int previous = known.try_emplace(event.command, number).first->second;
+    known[event.command] = number;
+    const bool tellsPrevious = event.command == PL3Command::program || event.command == PL3Command::volumeLevel;
+    tellEvent(session, name, tellsPrevious ? changed(field, previous) : Fields{ field });
+}
+
+void playPL3(Session& session)
+{
+    const auto known = std::make_shared<Known>();
+    const auto asksFor = [known](PL3Command command) -> Step {
+        return [=](Session& self, const Session::Then& then) {
+            readNumber(self, command, [=](Session& again, int number) {
+                (*known)[command] = number;
+                then(again);
+            });
+        };
+    };
+    inTurn(session,
+        { asksFor(PL3Command::program), asksFor(PL3Command::volumeLevel), asksFor(PL3Command::batteryLevel) },
+        [known](Session& self) {
+            listen(self,
+                { programField(known->at(PL3Command::program)), volumeField(known->at(PL3Command::volumeLevel)),
+                    batteryField(known->at(PL3Command::batteryLevel)) },
+                { .notified = [known](Session& again, const PL3Response& event) { tellNotified(again, *known, event); },
+                    .disconnected = tellDisconnection });
+        });
+}
+
+} // namespace
+
+Plan planMonitor() { return { .play = play, .playPL3 = playPL3 }; }
 
 } // namespace aurisk::tool

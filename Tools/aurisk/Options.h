@@ -1,7 +1,7 @@
 #pragma once
 
 #include "AuriskSDK/HearingAid/AccessoryOrientation.h"
-#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskRawData.h"
+#include "AuriskSDK/Platform/Data.h"
 #include "AuriskSDK/Platform/Dispatch.h"
 #include "AuriskSDK/Shared/Dfu/DFUFirmware.h"
 #include "AuriskSDK/Shared/Utils/EnumTable.h"
@@ -88,7 +88,7 @@ struct Options {
     std::optional<int> value = {}; ///< a program, volume, transparency level, or a tone's frequency in Hz
     std::optional<bool> on = {};
     std::optional<AccessoryOrientation> orientation = {};
-    std::optional<AuriskRawData> frame = {};
+    Data frame = {}; ///< the bytes of `raw`, as typed
     std::optional<int> program = {}; ///< whose volume or settings it is about; none: the current one
     bool allPrograms = false;
     Action action = Action::show;

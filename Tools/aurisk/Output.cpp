@@ -78,13 +78,11 @@ void Output::row(const Fields& fields, const std::vector<Column>& columns)
     if (_style.json)
         return object(fields);
     std::string head, words;
-    for (const auto& [key, width] : columns) {
-        const auto wanted = key;
-        const auto found
-            = std::find_if(fields.begin(), fields.end(), [&](const Field& field) { return field.key == wanted; });
-        const auto field = found == fields.end() ? Field{} : *found;
-        head += fmt::format("{:{}}  ", upperCase(field.label), width);
-        words += fmt::format("{:{}}  ", printable(field.text), width);
+    for (const auto& column : columns) {
+        const auto found = std::find_if(
+            fields.begin(), fields.end(), [&](const Field& field) { return field.label == column.label; });
+        head += fmt::format("{:{}}  ", upperCase(std::string(column.label)), column.width);
+        words += fmt::format("{:{}}  ", found == fields.end() ? "-" : printable(found->text), column.width);
     }
     if (!std::exchange(_hasHead, true))
         _sink.out(bold(withoutTrailingBlanks(head)));

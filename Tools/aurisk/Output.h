@@ -24,9 +24,9 @@ struct Field {
 /// What a command tells of one device.
 using Fields = std::vector<Field>;
 
-/// Where a table shows the field of that key, and how wide.
+/// Where a table shows the field of that label, and how wide.
 struct Column {
-    std::string_view key = {};
+    std::string_view label = {};
     int width = 0;
 };
 
@@ -62,7 +62,7 @@ public:
 
     const Style& style() const { return _style; }
 
-    /// A row of a table; the labels of its first row make the head.
+    /// A row of a table, which begins with a head. What a row has no field for, it leaves out.
     void row(const Fields& fields, const std::vector<Column>& columns);
 
     /// The sentence on standard error and, in JSON, as an object with the member `error`, too.

@@ -18,6 +18,19 @@ std::string brEdr(const R::setBrEdr& r)
     return r.continuousIfEnable ? "switch BR/EDR on continuously" : "switch BR/EDR on";
 }
 
+/// The name that a command has in the log, as it stands in a sentence.
+std::string inWords(PL3Command command)
+{
+    switch (command) {
+    case PL3Command::volumeLevel: return "volume";
+    case PL3Command::program: return "program";
+    case PL3Command::batteryLevel: return "battery level";
+    case PL3Command::deviceSettings: return "device settings";
+    case PL3Command::muteUnmute: return "mute state";
+    default: return std::string(caseName(command));
+    }
+}
+
 } // namespace
 
 std::string purpose(const AuriskRequest& request)
@@ -83,6 +96,24 @@ std::string advice(const AuriskRequest& request)
     const bool isAboutProgram = request.as<R::controlProgram>() || request.as<R::controlVolume>()
         || request.as<R::readVolume>() || request.as<R::readDsp>();
     return isAboutProgram ? " (aurisk info tells which programs it has)" : "";
+}
+
+std::string purpose(const PL3Request& request)
+{
+    const auto what = inWords(request.command);
+    if (request.read)
+        return fmt::format("tell its {}", what);
+    const auto data = request.data.value_or(Data{});
+    if (request.command == PL3Command::muteUnmute && data.size() == 1)
+        return data.front() != 0 ? "mute" : "unmute";
+    if (data.size() == 1)
+        return fmt::format("set its {} to {}", what, data.front());
+    return fmt::format("take a new {}", what);
+}
+
+std::string advice(const PL3Request& request)
+{
+    return request.command == PL3Command::program ? " (aurisk info tells which programs it has)" : "";
 }
 
 } // namespace aurisk::tool

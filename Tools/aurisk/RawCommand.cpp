@@ -1,8 +1,10 @@
 #include "Tools/aurisk/Commands.h"
 
+#include "AuriskSDK/HearingAid/Vortilex/Data/HDLC.h"
 #include "AuriskSDK/Shared/Utils/HexToData.h"
 #include "AuriskSDK/Shared/Utils/Precondition.h"
 #include "Tools/aurisk/CodecJson.h"
+#include "Tools/aurisk/Values.h"
 
 #include <fmt/format.h>
 
@@ -47,9 +49,9 @@ Fields fieldsOf(const AuriskRawData& reply)
     };
 }
 
-void tellReply(Session& session, const AuriskResult& result)
+void tellReply(Session& session, const AuriskRawData& frame, const AuriskResult& result)
 {
-    const auto sent = ask_hexadecimal(session.options().frame->toData());
+    const auto sent = ask_hexadecimal(frame.toData());
     const auto& received = session.lastReply();
     const auto reply
         = !received ? std::nullopt : decodeFromDevice("reply", [&] { return AuriskRawData::parse(*received); });
@@ -65,19 +67,60 @@ void tellReply(Session& session, const AuriskResult& result)
     session.block(fields);
 }
 
-} // namespace
-
-void playRaw(Session& session)
+void play(Session& session)
 {
-    session.attempt(AuriskRequest::writeProtocolData{ .data = *session.options().frame },
-        [](Session& self, const AuriskResult& result) {
-            tellReply(self, result);
+    const auto given = frame(session.options().frame);
+    session.attempt(
+        AuriskRequest::writeProtocolData{ .data = given }, [given](Session& self, const AuriskResult& result) {
+            tellReply(self, given, result);
             if (result.isSuccess())
                 self.finish();
             else
                 self.fail(fmt::format(
                     "{} did not do what the frame asks for: {}", self.name(), description(*result.error())));
         });
+}
+
+void playPL3(Session& session)
+{
+    const auto given = pl3Request(session.options().frame);
+    session.request(given, [given](Session& self, const PL3Response& answer) {
+        CHDLC frame;
+        frame.create(rawValue(given.command), given.data.value_or(Data{}), given.read);
+        const auto sent = ask_hexadecimal(frame.getHDLCAll()), data = ask_hexadecimal(answer.data);
+        Fields fields = { { .key = "sent", .value = sent, .label = "sent", .text = sent } };
+        if (given.read) {
+            const auto command = caseName(answer.command);
+            fields.push_back({ .key = "command",
+                .value = command,
+                .label = "command",
+                .text = fmt::format("{:02x}, {}", rawValue(answer.command), command) });
+            fields.push_back({ .key = "data", .value = data, .label = "payload", .text = spaced(answer.data) });
+        } else
+            fields.push_back({ .key = "confirmed", .value = true, .label = "reply", .text = "confirmed" });
+        self.block(fields);
+        self.finish();
+    });
+}
+
+/// Whether the bytes can be sent as they are; they throw a UsageError where they cannot.
+std::optional<Failure> isUsable(const Options& options, auto&& parse)
+{
+    parse(options.frame);
+    return std::nullopt;
+}
+
+} // namespace
+
+/// Which family it is for, only the device says.
+Plan planRaw(const Options& options)
+{
+    return {
+        .play = play,
+        .check = [=](const AuriskAccessory&) { return isUsable(options, frame); },
+        .playPL3 = playPL3,
+        .checkPL3 = [=](const PL3Accessory&) { return isUsable(options, pl3Request); },
+    };
 }
 
 } // namespace aurisk::tool

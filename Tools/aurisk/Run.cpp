@@ -30,6 +30,21 @@ ExitCode codeOfInterruption(Command command)
     return command == Command::scan || command == Command::monitor ? ExitCode::done : ExitCode::interrupted;
 }
 
+bool isPL3(const Accessory& device) { return dynamic_cast<const PL3Accessory*>(&device) != nullptr; }
+
+/// The words of the command, as far as they say what is to be done.
+std::string wordsOf(const Options& options)
+{
+    const auto command = std::string(caseName(options.command));
+    switch (options.action) {
+    case Action::show: return command;
+    case Action::set: return command + " set";
+    case Action::exportFile: return command + " export";
+    case Action::importFile: return command + " import";
+    }
+    return command;
+}
+
 } // namespace
 
 std::shared_ptr<Run> Run::start(const Options& options, std::shared_ptr<BluetoothPlatform> platform, Output& output,
@@ -104,15 +119,10 @@ void Run::open(const std::vector<std::shared_ptr<Accessory>>& devices)
     const auto gate = std::make_shared<Gate>(devices.size());
     std::vector<std::shared_ptr<Session>> sessions;
     for (const auto& device : devices) {
-        const auto aurisk = std::dynamic_pointer_cast<AuriskAccessory>(device);
-        if (!aurisk)
-            return fail({ .sentence
-                = fmt::format("{} is a {}, to which this tool cannot speak", device->name(), device->className()),
-                .name = device->name() });
-        if (const auto failure = check(*aurisk))
+        if (const auto failure = check(*device))
             return fail(*failure);
         sessions.push_back(
-            Session::create(aurisk, { _options, _output, _began, gate }, [weak = weak_from_this()](ExitCode code) {
+            Session::create(device, { _options, _output, _began, gate }, [weak = weak_from_this()](ExitCode code) {
                 if (const auto self = weak.lock())
                     self->sessionEnded(code);
             }));
@@ -120,12 +130,21 @@ void Run::open(const std::vector<std::shared_ptr<Accessory>>& devices)
     _sessions = std::move(sessions);
     _open = _sessions.size();
     for (const auto& session : _sessions)
-        session->open(_plan.play);
+        session->open(isPL3(session->accessory()) ? _plan.playPL3 : _plan.play);
 }
 
-std::optional<Failure> Run::check(const AuriskAccessory& device) const
+/// Why the command cannot be done with that device.
+std::optional<Failure> Run::check(const Accessory& device) const
 try {
-    return _plan.check ? _plan.check(device) : std::nullopt;
+    if (const auto* aurisk = dynamic_cast<const AuriskAccessory*>(&device))
+        return _plan.check ? _plan.check(*aurisk) : std::nullopt;
+    const auto* pl3 = dynamic_cast<const PL3Accessory*>(&device);
+    if (pl3 && _plan.playPL3)
+        return _plan.checkPL3 ? _plan.checkPL3(*pl3) : std::nullopt;
+    return Failure{ .sentence = pl3
+            ? fmt::format("aurisk {} is nothing for {}, which is a PL3 hearing aid", wordsOf(_options), device.name())
+            : fmt::format("{} is a {}, to which this tool cannot speak", device.name(), device.className()),
+        .name = device.name() };
 } catch (const UsageError& error) {
     return Failure{ .code = ExitCode::usage, .sentence = error.what(), .name = device.name() };
 }

@@ -35,7 +35,7 @@ public:
 private:
     void begin();
     void open(const std::vector<std::shared_ptr<Accessory>>& devices);
-    std::optional<Failure> check(const AuriskAccessory& device) const;
+    std::optional<Failure> check(const Accessory& device) const;
     void conclude();
     void sessionEnded(ExitCode code);
     void fail(const Failure& failure);

@@ -8,8 +8,8 @@ namespace aurisk::tool {
 
 namespace {
 
-const std::vector<Column> columns = { { "name", 12 }, { "rssi", 8 }, { "orientation", 10 }, { "hearChip", 10 },
-    { "address", 17 }, { "identifier", 36 } };
+const std::vector<Column> columns
+    = { { "name", 12 }, { "rssi", 8 }, { "ear", 10 }, { "chip", 10 }, { "address", 17 }, { "identifier", 36 } };
 
 } // namespace
 

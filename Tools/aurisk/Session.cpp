@@ -23,21 +23,22 @@ bool isUnasked(const Data& value)
 } // namespace
 
 std::shared_ptr<Session> Session::create(
-    std::shared_ptr<AuriskAccessory> device, const Setting& setting, std::function<void(ExitCode)> ended)
+    std::shared_ptr<Accessory> device, const Setting& setting, std::function<void(ExitCode)> ended)
 {
     return std::make_shared<Session>(Key{}, std::move(device), setting, std::move(ended));
 }
 
-Session::Session(
-    Key, std::shared_ptr<AuriskAccessory> device, const Setting& setting, std::function<void(ExitCode)> ended)
-    : _device(std::move(device))
-    , _name(_device->name())
+Session::Session(Key, std::shared_ptr<Accessory> device, const Setting& setting, std::function<void(ExitCode)> ended)
+    : _accessory(std::move(device))
+    , _device(std::dynamic_pointer_cast<AuriskAccessory>(_accessory))
+    , _pl3(std::dynamic_pointer_cast<PL3Accessory>(_accessory))
+    , _name(_accessory->name())
     , _options(setting.options)
     , _output(setting.output)
     , _began(setting.began)
     , _gate(setting.gate)
     , _ended(std::move(ended))
-    , _tap(std::make_shared<PeripheralTap>(_device))
+    , _tap(std::make_shared<PeripheralTap>(_accessory))
 {
 }
 
@@ -54,6 +55,8 @@ void Session::open(Then then)
         if (self && self->_batteryRead && service.uuid() == CBUUID(batteryService))
             self->askForBattery();
     };
+    if (_pl3)
+        _pl3->setDataDelegate(weak_from_this());
     waitFor("connect");
     connect(std::move(then));
 }
@@ -63,7 +66,7 @@ void Session::connect(Then then)
 {
     _phase = Phase::opening;
     _opened = std::move(then);
-    if (!_device->connect(weak_from_this(), name()))
+    if (!_accessory->connect(weak_from_this(), name()))
         fail(fmt::format("Bluetooth was switched off before {} could be connected", name()),
             ExitCode::bluetoothUnavailable);
 }
@@ -77,7 +80,7 @@ void Session::didReply(const Data& value)
 
 std::size_t Session::longestValue() const
 {
-    return _device->peripheral()->maximumWriteValueLength(CBCharacteristicWriteType::withoutResponse);
+    return _accessory->peripheral()->maximumWriteValueLength(CBCharacteristicWriteType::withoutResponse);
 }
 
 // Waits
@@ -140,11 +143,11 @@ void Session::interrupt(ExitCode code)
 void Session::awaitReturn(Seconds limit, std::string ifItStaysAway, Then then)
 {
     _left = [=](Session& self) { self.connectAgain(limit, ifItStaysAway, then); };
-    if (_device->state() != AccessoryState::connected)
+    if (_accessory->state() != AccessoryState::connected)
         return didLeave();
     wait(_options.timeout, [](Session& self) {
         self.waitFor("disconnect");
-        self._device->disconnect();
+        self._accessory->disconnect();
     });
 }
 
@@ -183,7 +186,7 @@ void Session::meet(Then then)
 
 Fields Session::identified(const Fields& fields) const
 {
-    Fields all = { { .key = "identifier", .value = _device->deviceId() }, { .key = "name", .value = name() } };
+    Fields all = { { .key = "identifier", .value = _accessory->deviceId() }, { .key = "name", .value = name() } };
     all.insert(all.end(), fields.begin(), fields.end());
     return all;
 }
@@ -241,7 +244,7 @@ void Session::finish(ExitCode code)
 void Session::undoNext()
 {
     waitIsOver();
-    if (_undo.empty() || _device->state() != AccessoryState::connected)
+    if (_undo.empty() || _accessory->state() != AccessoryState::connected)
         return close();
     if (_isAsking) // what the device does yet, cannot be undone before it has
         return letItAnswer();
@@ -262,10 +265,10 @@ void Session::letItAnswer()
 void Session::close()
 {
     _phase = Phase::closing;
-    if (_device->state() == AccessoryState::disconnected)
+    if (_accessory->state() == AccessoryState::disconnected)
         return end();
     waitFor("disconnect");
-    if (!_device->disconnect())
+    if (!_accessory->disconnect())
         end();
 }
 
@@ -282,7 +285,7 @@ void Session::end()
 
 bool Session::isRadioOff() const
 {
-    const auto manager = _device->manager();
+    const auto manager = _accessory->manager();
     return !manager || !manager->isAvailable();
 }
 
@@ -299,7 +302,7 @@ void Session::deviceDidDiscoverServices(
         return;
     _phase = Phase::working;
     waitIsOver();
-    _device->peripheral()->setDelegate(_tap);
+    _accessory->peripheral()->setDelegate(_tap);
     if (const auto then = std::exchange(_opened, nullptr))
         then(*this);
 }
@@ -329,6 +332,12 @@ void Session::deviceDidDisconnect(const std::shared_ptr<Accessory>&, const Maybe
         return didLeave();
     const auto purpose = _purpose.empty() ? "" : fmt::format(" while it was asked to {}", _purpose);
     fail(fmt::format("the link to {} was lost{}", name(), purpose));
+}
+
+void Session::didNotify(const std::shared_ptr<PL3Accessory>&, const PL3Response& data)
+{
+    if (_events.notified)
+        _events.notified(*this, data);
 }
 
 void Session::didNotifyProgram(const std::shared_ptr<AuriskAccessory>&, int previous, int current)

@@ -2,6 +2,7 @@
 
 #include "AuriskSDK/HearingAid/Aurisk/AuriskAccessory.h"
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskDataLog.h"
+#include "AuriskSDK/HearingAid/Vortilex/PL3Accessory.h"
 #include "Tools/aurisk/Gate.h"
 #include "Tools/aurisk/Options.h"
 #include "Tools/aurisk/Output.h"
@@ -17,8 +18,11 @@ namespace aurisk::tool {
 
 /// One device's part of a run: connects, lets a command ask and tell, and disconnects whatever comes. Each wait has a
 /// limit. What a command is to do next it gives as a closure, which gets the session handed in and so need not hold it;
-/// a failure ends the session instead, with a sentence. Used on the main queue.
-class Session final : public AuriskAccessoryDelegate, public std::enable_shared_from_this<Session> {
+/// a failure ends the session instead, with a sentence. What asks an Aurisk device is for sessions with one of those,
+/// and the same holds for PL3. Used on the main queue.
+class Session final : public AuriskAccessoryDelegate,
+                      public PL3AccessoryDelegate,
+                      public std::enable_shared_from_this<Session> {
     struct Key {
         explicit Key() = default;
     };
@@ -32,6 +36,7 @@ public:
         std::function<void(Session&, int previous, int current)> program = {};
         std::function<void(Session&, int previous, int current)> volume = {};
         ThenWith<int> battery = {};
+        ThenWith<PL3Response> notified = {}; ///< all that a PL3 device says unasked
         Then disconnected = {};
     };
 
@@ -45,15 +50,17 @@ public:
 
     /// `ended` is called once, when the device is disconnected.
     static std::shared_ptr<Session> create(
-        std::shared_ptr<AuriskAccessory> device, const Setting& setting, std::function<void(ExitCode)> ended);
-    Session(Key, std::shared_ptr<AuriskAccessory> device, const Setting& setting, std::function<void(ExitCode)> ended);
+        std::shared_ptr<Accessory> device, const Setting& setting, std::function<void(ExitCode)> ended);
+    Session(Key, std::shared_ptr<Accessory> device, const Setting& setting, std::function<void(ExitCode)> ended);
 
     /// Connects and discovers the services.
     void open(Then then);
 
     const Options& options() const { return _options; }
+    const Accessory& accessory() const { return *_accessory; }
     const AuriskAccessory& device() const { return *_device; }
     AuriskAccessory& device() { return *_device; }
+    const PL3Accessory& pl3() const { return *_pl3; }
     /// The name under which it was found. What is read of its profile does not change it.
     const std::string& name() const { return _name; }
     /// How many bytes a value that the device notifies, or that is written to it, can have.
@@ -84,6 +91,19 @@ public:
 
     /// Ends with the sentence that the answer to `request` fits nothing.
     void failBeyondAnswer(const AuriskRequest& request);
+
+    /// Asks a PL3 device, and goes on with what it says, or once it has confirmed a write.
+    void request(const PL3Request& request, ThenWith<PL3Response> then);
+
+    /// Asks a PL3 device for something that it may refuse or not know.
+    void attempt(const PL3Request& request, ThenWith<PL3Result> then);
+
+    /// Asks a PL3 device to tell that, and goes on with what it says. What it says of something else meanwhile is no
+    /// answer.
+    void read(PL3Command command, ThenWith<Data> then);
+
+    /// The same, where the device need not know what it is asked for: none where no answer comes.
+    void attempt(PL3Command command, ThenWith<std::optional<Data>> then, int often = 5);
 
     /// Goes on once every device of the run has come as far. Where one of them ends instead, so do all.
     void meet(Then then);
@@ -145,6 +165,8 @@ public:
     void didNotifyProgram(const std::shared_ptr<AuriskAccessory>&, int previous, int current) override;
     void didNotifyVolume(const std::shared_ptr<AuriskAccessory>&, int previous, int current) override;
     void didUpdateValue(const std::shared_ptr<AuriskAccessory>&, const AuriskRequest&) override { }
+    void didUpdateValue(const std::shared_ptr<PL3Accessory>&, const PL3Request&) override { }
+    void didNotify(const std::shared_ptr<PL3Accessory>&, const PL3Response& data) override;
 
 private:
     enum class Phase { opening, working, undoing, closing, ended };
@@ -155,7 +177,10 @@ private:
     void wait(Seconds limit, Then late);
     void waitFor(std::string purpose);
     void waitIsOver();
+    template <typename Device, typename Request, typename Result>
+    void ask(Device& device, const Request& request, ThenWith<Result> answered);
     void answered(const AuriskRequest& request, const AuriskResult& result, const ThenWith<AuriskResult>& then);
+    void failWithoutAnswer(const std::string& purpose, Seconds timeout);
     void askForBattery();
     void undoNext();
     void letItAnswer();
@@ -167,7 +192,9 @@ private:
     bool isRadioOff() const;
     std::string limit() const;
 
-    std::shared_ptr<AuriskAccessory> _device;
+    std::shared_ptr<Accessory> _accessory;
+    std::shared_ptr<AuriskAccessory> _device; ///< the same, where it is one of these
+    std::shared_ptr<PL3Accessory> _pl3; ///< the same, where it is one of these
     std::string _name;
     Options _options;
     Output& _output;

@@ -22,29 +22,45 @@ bool isRefusal(const AuriskResultError& error)
 /// Whether the device answers requests at all; ends the session where it does not.
 bool Session::answersRequests()
 {
-    if (!_device->dataService())
-        fail(fmt::format("{} has no service that answers requests (AE30)", name()));
-    return _device->dataService() != nullptr;
+    const bool answers = _pl3 ? _pl3->dataService() != nullptr : _device->dataService() != nullptr;
+    if (!answers)
+        fail(fmt::format("{} has no service that answers requests ({})", name(),
+            _pl3 ? PL3DataService::serviceUUID.uuidString() : "AE30"));
+    return answers;
 }
 
-void Session::attempt(const AuriskRequest& request, ThenWith<AuriskResult> then)
+/// Asks, and goes on with what comes of it, unless this wait is over by then.
+template <typename Device, typename Request, typename Result>
+void Session::ask(Device& device, const Request& request, ThenWith<Result> answered)
 {
-    if (!answersRequests())
-        return;
     waitFor(purpose(request));
     _lastReply.reset();
     _isAsking = true;
-    _device->request(
-        request, [weak = weak_from_this(), wait = _wait, request, then = std::move(then)](const AuriskResult& result) {
+    device.request(
+        request, [weak = weak_from_this(), wait = _wait, answered = std::move(answered)](const Result& result) {
             const auto self = weak.lock();
             if (!self)
                 return;
             self->_isAsking = false;
             if (self->_wait == wait)
-                self->answered(request, result, then);
+                answered(*self, result);
             else if (self->_phase == Phase::undoing)
                 self->undoNext();
         });
+}
+
+void Session::failWithoutAnswer(const std::string& purpose, Seconds timeout)
+{
+    fail(fmt::format("{} did not answer within {:g} s when asked to {}", name(), timeout.count(), purpose));
+}
+
+void Session::attempt(const AuriskRequest& request, ThenWith<AuriskResult> then)
+{
+    if (answersRequests())
+        ask<AuriskAccessory, AuriskRequest, AuriskResult>(
+            *_device, request, [request, then = std::move(then)](Session& self, const AuriskResult& result) {
+                self.answered(request, result, then);
+            });
 }
 
 void Session::answered(const AuriskRequest& request, const AuriskResult& result, const ThenWith<AuriskResult>& then)
@@ -54,8 +70,7 @@ void Session::answered(const AuriskRequest& request, const AuriskResult& result,
         return then(*this, result);
     if (result.error()->as<AuriskResultError::disconnected>())
         return fail(fmt::format("{} is not connected", name()));
-    fail(fmt::format("{} did not answer within {:g} s when asked to {}", name(),
-        AuriskDataService::defaultTimeout.count(), purpose(request)));
+    failWithoutAnswer(purpose(request), AuriskDataService::defaultTimeout);
 }
 
 void Session::request(const AuriskRequest& request, ThenWith<AuriskResponse> then, std::optional<AuriskRequest> undo)
@@ -77,6 +92,56 @@ void Session::request(const AuriskRequest& request, ThenWith<AuriskResponse> the
 void Session::failBeyondAnswer(const AuriskRequest& request)
 {
     fail(fmt::format("{} gave an answer that fits nothing when asked to {}", name(), purpose(request)));
+}
+
+// Requests of the PL3 family
+
+void Session::attempt(const PL3Request& request, ThenWith<PL3Result> then)
+{
+    if (answersRequests())
+        ask<PL3Accessory, PL3Request, PL3Result>(
+            *_pl3, request, [then = std::move(then)](Session& self, const PL3Result& result) {
+                self.waitIsOver();
+                then(self, result);
+            });
+}
+
+void Session::request(const PL3Request& request, ThenWith<PL3Response> then)
+{
+    attempt(request, [request, then = std::move(then)](Session& self, const PL3Result& result) {
+        if (result.isSuccess())
+            then(self, *result.data());
+        else if (*result.error() == PL3Error::timeout)
+            self.failWithoutAnswer(purpose(request), PL3DataService::defaultTimeout);
+        else
+            self.fail(fmt::format("{} refused to {}{}", self.name(), purpose(request), advice(request)));
+    });
+}
+
+/// The next notification answers a read, be it about something else. The true answer comes too late then, or takes the
+/// place of the next one, so it is asked for once more.
+void Session::attempt(PL3Command command, ThenWith<std::optional<Data>> then, int often)
+{
+    const PL3Request request{ .command = command, .read = true };
+    attempt(request, [=, then = std::move(then)](Session& self, const PL3Result& result) {
+        if (!result.isSuccess())
+            then(self, std::nullopt);
+        else if (result.data()->command == command)
+            then(self, result.data()->data);
+        else if (often > 1)
+            self.attempt(command, then, often - 1);
+        else
+            self.fail(fmt::format("{} spoke of something else when asked to {}", self.name(), purpose(request)));
+    });
+}
+
+void Session::read(PL3Command command, ThenWith<Data> then)
+{
+    attempt(command, [command, then = std::move(then)](Session& self, const std::optional<Data>& answer) {
+        if (answer)
+            return then(self, *answer);
+        self.failWithoutAnswer(purpose(PL3Request{ .command = command, .read = true }), PL3DataService::defaultTimeout);
+    });
 }
 
 // Logs

@@ -1,5 +1,6 @@
 #include "Tools/aurisk/Values.h"
 
+#include "AuriskSDK/HearingAid/Vortilex/Data/HDLC.h"
 #include "AuriskSDK/Shared/Utils/HexToData.h"
 
 #include <fmt/format.h>
@@ -100,6 +101,23 @@ AuriskRawData frame(const Data& given)
     if (given.size() > identifiers + longestPayload)
         refuse("frame: a payload of {} bytes, at most {} fit", given.size() - identifiers, longestPayload);
     return AuriskRawData::make(given[0], given[1], given[2], Data(given.begin() + identifiers, given.end()));
+}
+
+PL3Request pl3Request(const Data& given)
+{
+    if (given.empty())
+        refuse("frame: it is empty");
+    const auto byte = given.front();
+    const bool read = (byte & CHDLC::kReadFlag) != 0;
+    const auto command = fromRawValue<PL3Command>(byte & ~CHDLC::kReadFlag);
+    if (!command || command == PL3Command::unknown)
+        refuse("frame: {:02x} is no command of PL3 hearing aids, which are 00 to 13, and 80 to 93 to read", byte);
+    const Data payload(given.begin() + 1, given.end());
+    if (payload.size() > CHDLC::longestPayload)
+        refuse("frame: a payload of {} bytes, at most {} fit", payload.size(), CHDLC::longestPayload);
+    if (payload.empty() && !read)
+        refuse("frame: {:02x} writes, and needs a payload ({:02x} reads)", byte, byte | CHDLC::kReadFlag);
+    return { .command = *command, .data = payload.empty() ? std::nullopt : std::optional(payload), .read = read };
 }
 
 std::string inQuotes(std::string_view text) { return '"' + printable(text) + '"'; }

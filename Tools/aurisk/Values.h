@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskRawData.h"
+#include "AuriskSDK/HearingAid/Vortilex/Data/PL3Request.h"
 #include "AuriskSDK/Platform/Dispatch.h"
 
 #include <optional>
@@ -47,6 +48,9 @@ Data bytes(std::string_view place, std::string_view text);
 
 /// A frame, given whole (FE 68 … 16) or as command, two identifiers and payload, without checksum.
 AuriskRawData frame(const Data& given);
+
+/// A request of the PL3 family, given as its command, with the read flag or without, and payload.
+PL3Request pl3Request(const Data& given);
 
 /// A text as a message shows it: in quotes, without anything that a terminal would obey.
 std::string inQuotes(std::string_view text);

@@ -220,12 +220,10 @@ void takeFrame(Options& options, WordList& words)
     }
     if (words.empty())
         throw UsageError("raw: the frame is missing, as FE 68 … 16 or as cmd di0 di1 payload");
-    Data given;
     for (const auto& word : words) {
         const auto part = bytes("raw", word);
-        given.insert(given.end(), part.begin(), part.end());
+        options.frame.insert(options.frame.end(), part.begin(), part.end());
     }
-    options.frame = frame(given);
 }
 
 struct Row {
@@ -240,6 +238,9 @@ constexpr std::string_view rawNotes
       "checksum and the closing 16; anything else is cmd di0 di1 and the payload, to which the rest is added:\n"
       "  aurisk raw X1-L fe68110201048016\n"
       "  aurisk raw X1-L 11 01 04\n"
+      "For a PL3 hearing aid it is a command, with 80 added to read, and the payload:\n"
+      "  aurisk raw P3-L 83\n"
+      "  aurisk raw P3-L 00 05\n"
       "A first word that holds anything but hexadecimal digits is the device.";
 constexpr std::string_view toneNotes
     = "FREQ is in Hz, 1 to 65535. The hearing aid has to support the hearing test, which it enters for the tone and\n"

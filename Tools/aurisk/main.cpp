@@ -64,8 +64,8 @@ ExitCode runCommand(const Options& options, Descriptors& descriptors, Output& ou
         return ExitCode::bluetoothUnavailable;
     }
     AuriskLog::setEnable(options.log);
-    if (options.command == Command::update && !options.log)
-        descriptors.silenceLibrary(); // which prints how fast it is at every percent: on a terminal, into the bars
+    if (!options.log)
+        descriptors.silenceLibrary(); // which prints at every advertisement of some devices, and at every percent
     const auto code = runSimulated(options, descriptors, output);
     if (descriptors.error() == 0)
         return code;
