@@ -147,7 +147,6 @@ TEST_F(Scan, IgnoresWhatIsNoHearingAidUntilItIsOne)
     advertise(nameless, { .manufacturerData = aidData, .localName = "X1-L" });
     advertise(lower, { .manufacturerData = aidData, .localName = "X1-L" }); // the peripheral's name decides
     advertise(good, { .manufacturerData = std::nullopt, .localName = "X1-R" });
-    advertise(good, { .manufacturerData = Data{ 0xC6, 0x03, 1, 2 }, .localName = "X1-R" }); // a family without a class
     EXPECT_TRUE(manager->accessories().empty());
     lower->named = "X1-L";
     advertise(lower, { .manufacturerData = aidData, .localName = std::nullopt });

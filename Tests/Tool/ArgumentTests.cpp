@@ -61,7 +61,7 @@ TEST(Arguments, AMistakeIsToldInOneSentence)
         { "raw X1-L", "raw: the frame is missing, as FE 68 … 16 or as cmd di0 di1 payload" },
         { "raw X1-L 1x", "raw: \"1x\" is not hexadecimal" },
         { "raw X1-L 11 010", "raw: \"010\" has 3 hexadecimal digits, an even number is needed" },
-        { "raw 1101", "frame: 2 byte(s), at least cmd di0 di1 are needed" },
+        { "raw 1501", "frame: 2 byte(s), at least cmd di0 di1 are needed" },
         { "raw fe681101", "frame: 4 bytes, a whole frame has at least 8 (FE 68 cmd size di0 di1 checksum 16)" },
         { "raw fe68110301048016", "frame: its size byte says 3, but 2 bytes lie between it and the checksum" },
         { "raw fe68110201048017", "frame: it ends with 17, not with 16" },
@@ -168,12 +168,34 @@ TEST(Arguments, AFrameIsGivenWholeOrAsItsParts)
     const Data readVolume = { 0xFE, 0x68, 0x11, 0x02, 0x01, 0x04, 0x80, 0x16 };
     for (const auto* line :
         { "raw fe68110201048016", "raw X1-L FE 68 11 02 01 04 80 16", "raw X1-L 110104", "raw 11 0104" })
-        EXPECT_EQ(parsed(line).frame->toData(), readVolume) << line;
+        EXPECT_EQ(tool::frame(parsed(line).frame).toData(), readVolume) << line;
     // 68 + 1D + 03 + AE + 00 + 07 = 13D
-    EXPECT_EQ(parsed("raw 1dae0007").frame->toData(), (Data{ 0xFE, 0x68, 0x1D, 0x03, 0xAE, 0x00, 0x07, 0x3D, 0x16 }));
+    EXPECT_EQ(tool::frame(parsed("raw 1dae0007").frame).toData(),
+        (Data{ 0xFE, 0x68, 0x1D, 0x03, 0xAE, 0x00, 0x07, 0x3D, 0x16 }));
     EXPECT_EQ(parsed("raw 0A:1B:2C:3D:4E:5F 110104").device, "0A:1B:2C:3D:4E:5F");
-    EXPECT_EQ(parsed("raw " + std::string(512, '0')).frame->data->size(), 253U);
+    EXPECT_EQ(tool::frame(parsed("raw " + std::string(512, '0')).frame).data->size(), 253U);
     EXPECT_EQ(refusal({ "raw", std::string(514, '0') }), "frame: a payload of 254 bytes, at most 253 fit");
+}
+
+TEST(Arguments, AFrameForPL3IsACommandAndItsPayload)
+{
+    EXPECT_EQ(tool::pl3Request(parsed("raw P3-L 83").frame),
+        (PL3Request{ .command = PL3Command::batteryLevel, .read = true }));
+    EXPECT_EQ(tool::pl3Request(parsed("raw P3-L 00 05").frame),
+        (PL3Request{ .command = PL3Command::volumeLevel, .data = Data{ 0x05 } }));
+    EXPECT_EQ(tool::pl3Request(parsed("raw P3-L 13" + std::string(508, 'e')).frame).data->size(), 254U);
+    const auto refused = [](const Data& given) {
+        try {
+            tool::pl3Request(given);
+        } catch (const tool::UsageError& error) {
+            return std::string(error.what());
+        }
+        return std::string("accepted");
+    };
+    EXPECT_EQ(refused({ 0x14, 0x01 }),
+        "frame: 14 is no command of PL3 hearing aids, which are 00 to 13, and 80 to 93 to read");
+    EXPECT_EQ(refused({ 0x0F }), "frame: 0f writes, and needs a payload (8f reads)");
+    EXPECT_EQ(refused(Data(256)), "frame: a payload of 255 bytes, at most 254 fit");
 }
 
 TEST(Arguments, HelpNamesTheFormsOfACommand)

@@ -138,8 +138,10 @@ TEST(CodecSelect, NamesTheClassThatAnAdvertisementLeadsTo)
         { R"({"op":"select","bytes":"feff0a1b2c3d4e5f0806","name":"X1-L"})", R"({"ok":null})" },
         { R"({"op":"select","bytes":"fffe0a1b2c3d4e5f0806","name":"X1-L"})", R"({"ok":null})" },
         { R"({"op":"select","bytes":"c703","name":"X1-L"})", R"({"ok":null})" },
+        { R"({"op":"select","bytes":"c6030000000000","name":null})", R"({"ok":"PL3Accessory"})" },
     });
     expectStops({
+        { R"({"op":"select","bytes":"c60302000000","name":"X1-L"})", "7 bytes" },
         { R"({"op":"select","bytes":"c6","name":null})", "1 byte" },
         { R"({"op":"select","bytes":"","name":"X1-L"})", "0 byte" },
     });

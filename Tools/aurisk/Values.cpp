@@ -120,6 +120,13 @@ PL3Request pl3Request(const Data& given)
     return { .command = *command, .data = payload.empty() ? std::nullopt : std::optional(payload), .read = read };
 }
 
+void expectFrame(const Data& given)
+try {
+    pl3Request(given);
+} catch (const UsageError&) {
+    frame(given);
+}
+
 std::string inQuotes(std::string_view text) { return '"' + printable(text) + '"'; }
 
 std::string printable(std::string_view text)

@@ -52,6 +52,9 @@ AuriskRawData frame(const Data& given);
 /// A request of the PL3 family, given as its command, with the read flag or without, and payload.
 PL3Request pl3Request(const Data& given);
 
+/// Refuses what is a frame in no family.
+void expectFrame(const Data& given);
+
 /// A text as a message shows it: in quotes, without anything that a terminal would obey.
 std::string inQuotes(std::string_view text);
 

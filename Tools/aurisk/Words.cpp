@@ -224,6 +224,7 @@ void takeFrame(Options& options, WordList& words)
         const auto part = bytes("raw", word);
         options.frame.insert(options.frame.end(), part.begin(), part.end());
     }
+    expectFrame(options.frame);
 }
 
 struct Row {
