@@ -9,6 +9,8 @@
 
 namespace aurisk {
 
+bool isRightByName(std::string_view name) { return name.ends_with("-R"); }
+
 std::optional<WearerAction> WearerAction::fromString(std::string_view text)
 {
     const auto blank = text.find(' ');
@@ -23,6 +25,18 @@ std::optional<WearerAction> WearerAction::fromString(std::string_view text)
 }
 
 std::string WearerAction::toString() const { return what + " " + std::to_string(value); }
+
+bool WearerAction::isPossibleWith(int programCount) const
+{
+    const auto isUpTo = [this](int most) { return value >= 0 && value <= most; };
+    if (what == "volume")
+        return isUpTo(loudest);
+    if (what == "program")
+        return isUpTo(programCount - 1);
+    if (what == "battery")
+        return isUpTo(100);
+    return (what == "mute" || what == "power") && isUpTo(1);
+}
 
 CBUUID SimulatedAid::identifier() const
 {
