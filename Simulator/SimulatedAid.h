@@ -89,6 +89,10 @@ public:
     /// one.
     virtual void refuse(const CBUUID& characteristic, DataView value) = 0;
 
+    /// Whether the confirmation of a write, which the aid has not heard yet, says that it failed: the way to refuse of
+    /// those whose protocol has no error reply. `refused`: it is to be refused, whatever it asks.
+    virtual bool failsWrite(const CBUUID&, DataView, bool /*refused*/) const { return false; }
+
     /// The value of a readable characteristic; none for any other.
     virtual std::optional<Data> read(const CBUUID& characteristic) const = 0;
 
