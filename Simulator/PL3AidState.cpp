@@ -102,15 +102,15 @@ void completeProgram(PL3AidProgram& program, std::size_t number, const std::stri
         auto& block = program.*blocks[i].member;
         if (block.empty())
             block = ask_hexadecimal(factory[i]).value();
-        if (block.size() != pl3BlockSize)
+        if (block.size() != pl3AidBlockSize)
             failAt(fmt::format("{}.programs[{}].{}", place, number, blocks[i].name),
-                fmt::format("must be {} bytes", pl3BlockSize));
+                fmt::format("must be {} bytes", pl3AidBlockSize));
     }
 }
 
 } // namespace
 
-std::span<const PL3AidBlock> pl3Blocks() { return blocks; }
+std::span<const PL3AidBlock> pl3AidBlocks() { return blocks; }
 
 nlohmann::json toJson(const PL3AidState& state)
 {

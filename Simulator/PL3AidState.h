@@ -32,9 +32,9 @@ struct PL3AidBlock {
     Data PL3AidProgram::*member = nullptr;
 };
 
-constexpr std::size_t pl3BlockSize = 16;
+constexpr std::size_t pl3AidBlockSize = 16;
 
-std::span<const PL3AidBlock> pl3Blocks();
+std::span<const PL3AidBlock> pl3AidBlocks();
 
 /// Of the algorithm that an aid runs.
 struct PL3AidVersion {

@@ -22,7 +22,7 @@ Data bytesOf(std::uint16_t number) { return { std::uint8_t(number), std::uint8_t
 
 const PL3AidBlock* blockOf(std::uint8_t command)
 {
-    const auto all = pl3Blocks();
+    const auto all = pl3AidBlocks();
     const auto found = std::find_if(all.begin(), all.end(), [=](const auto& one) { return one.command == command; });
     return found == all.end() ? nullptr : &*found;
 }
@@ -64,7 +64,7 @@ bool obey(PL3AidState& state, std::uint8_t command, DataView payload)
         return isInRange;
     };
     if (const auto* block = blockOf(command)) {
-        if (payload.size() != pl3BlockSize)
+        if (payload.size() != pl3AidBlockSize)
             return false;
         (state.programs[std::size_t(state.program)].*block->member).assign(payload.begin(), payload.end());
         return true;
