@@ -10,12 +10,9 @@
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace aurisk {
-
-constexpr int loudest = 15; ///< the largest volume
 
 /// A tone that the hearing test asked for: by sound pressure in dB, or by amplitude.
 struct AuriskTone {
@@ -76,9 +73,6 @@ struct AuriskAidState {
 
     friend bool operator==(const AuriskAidState&, const AuriskAidState&) = default;
 };
-
-/// The ear that the name says: "-R" at its end is the right one.
-bool isRightByName(std::string_view name);
 
 /// The same with everything that the factory gives it, and without the blocks of programs that it does not have. Throws
 /// SimulatedWorldError for a state that cannot be; `place` is what it calls the state.

@@ -19,7 +19,7 @@ struct Fault {
         duplicate, ///< arrives twice, the second time at once; only where the message carries a value
         delay, ///< arrives later `by` so much, and holds nothing up
         corrupt, ///< one bit in the middle of the value is flipped; only where the message carries one
-        refuse, ///< a request is answered with the error reply; an answer says that it failed
+        refuse, ///< a request gets the error reply, or its write fails; an answer says that it failed
     };
 
     Kind kind = Kind::lose;

@@ -2,12 +2,30 @@
 
 #include "AuriskSDK/Shared/Utils/HexToData.h"
 #include "Simulator/SimulatedAuriskAid.h"
+#include "Simulator/SimulatedPL3Aid.h"
 #include "Simulator/WorldReader.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 
 namespace aurisk {
+
+namespace {
+
+using Maker = std::shared_ptr<SimulatedAid> (*)(const nlohmann::json& value, const std::string& place);
+
+template <typename Aid> std::shared_ptr<SimulatedAid> make(const nlohmann::json& value, const std::string& place)
+{
+    return Aid::fromJson(value, place);
+}
+
+constexpr std::array kinds
+    = { Named<Maker>{ make<SimulatedAuriskAid>, "aurisk" }, Named<Maker>{ make<SimulatedPL3Aid>, "pl3" } };
+
+} // namespace
+
+bool isRightByName(std::string_view name) { return name.ends_with("-R"); }
 
 std::optional<WearerAction> WearerAction::fromString(std::string_view text)
 {
@@ -23,6 +41,18 @@ std::optional<WearerAction> WearerAction::fromString(std::string_view text)
 }
 
 std::string WearerAction::toString() const { return what + " " + std::to_string(value); }
+
+bool WearerAction::isPossibleWith(int programCount) const
+{
+    const auto isUpTo = [this](int most) { return value >= 0 && value <= most; };
+    if (what == "volume")
+        return isUpTo(loudest);
+    if (what == "program")
+        return isUpTo(programCount - 1);
+    if (what == "battery")
+        return isUpTo(100);
+    return (what == "mute" || what == "power") && isUpTo(1);
+}
 
 CBUUID SimulatedAid::identifier() const
 {
@@ -48,11 +78,10 @@ void SimulatedAid::send(const CBUUID& characteristic, Data value) const
 
 std::shared_ptr<SimulatedAid> aidFromJson(const nlohmann::json& value, const std::string& place)
 {
-    if (const auto kind = WorldReader(value, place).text("kind"); kind != "aurisk")
-        failAt(place + ".kind", "\"" + kind + "\" is none of aurisk");
+    const auto make = WorldReader(value, place).choice<Maker>("kind", {}, kinds);
     auto description = value;
     description.erase("kind");
-    return SimulatedAuriskAid::fromJson(description, place);
+    return make(description, place);
 }
 
 } // namespace aurisk

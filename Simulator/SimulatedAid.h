@@ -4,6 +4,7 @@
 #include "AuriskSDK/Platform/Dispatch.h"
 #include "Simulator/SimulatedWorldError.h"
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <nlohmann/json_fwd.hpp>
@@ -14,6 +15,12 @@
 #include <vector>
 
 namespace aurisk {
+
+constexpr int loudest = 15; ///< the largest volume
+constexpr std::size_t mostPrograms = 15;
+
+/// The ear that the name says: "-R" at its end is the right one.
+bool isRightByName(std::string_view name);
 
 /// What the wearer of an aid does to it: turns the volume, pushes the program button, puts it into the charger.
 ///
@@ -27,6 +34,9 @@ struct WearerAction {
     /// Reads "volume 5"; none for any other form. Whether an aid knows the action is the aid's to say.
     static std::optional<WearerAction> fromString(std::string_view text);
     std::string toString() const;
+
+    /// Whether it is one of the above, for an aid of so many programs.
+    bool isPossibleWith(int programCount) const;
 
     friend bool operator==(const WearerAction&, const WearerAction&) = default;
 };
@@ -75,8 +85,13 @@ public:
     /// A write has arrived.
     virtual void didReceive(const CBUUID& characteristic, DataView value) = 0;
 
-    /// A write has arrived that the aid is to refuse, whatever it asks: it answers with its error reply.
+    /// A write has arrived that the aid is to refuse, whatever it asks: it answers with its error reply, where it has
+    /// one.
     virtual void refuse(const CBUUID& characteristic, DataView value) = 0;
+
+    /// Whether the confirmation of a write, which the aid has not heard yet, says that it failed: the way to refuse of
+    /// those whose protocol has no error reply. `refused`: it is to be refused, whatever it asks.
+    virtual bool failsWrite(const CBUUID&, DataView, bool /*refused*/) const { return false; }
 
     /// The value of a readable characteristic; none for any other.
     virtual std::optional<Data> read(const CBUUID& characteristic) const = 0;

@@ -369,17 +369,7 @@ void SimulatedAuriskAid::install(FirmwareAcceptor::Image image)
         restart();
 }
 
-bool SimulatedAuriskAid::accepts(const WearerAction& action) const
-{
-    const auto isUpTo = [&](int most) { return action.value >= 0 && action.value <= most; };
-    if (action.what == "volume")
-        return isUpTo(loudest);
-    if (action.what == "program")
-        return isUpTo(programCount() - 1);
-    if (action.what == "battery")
-        return isUpTo(100);
-    return (action.what == "mute" || action.what == "power") && isUpTo(1);
-}
+bool SimulatedAuriskAid::accepts(const WearerAction& action) const { return action.isPossibleWith(programCount()); }
 
 bool SimulatedAuriskAid::perform(const WearerAction& action)
 {

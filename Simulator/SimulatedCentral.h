@@ -94,7 +94,7 @@ private:
     MaybeError refusal(bool refused) const;
     MaybeError problemOf(CBCharacteristicProperties needed, const CBCharacteristic& characteristic) const;
     MaybeError problemOfWriting(std::size_t length, const CBCharacteristic&, CBCharacteristicWriteType) const;
-    void confirmWrite(const Characteristic& characteristic);
+    void confirmWrite(const Characteristic& characteristic, bool failed);
 
     std::weak_ptr<SimulatedCentral> _central;
     std::shared_ptr<SimulatedLink> _link;

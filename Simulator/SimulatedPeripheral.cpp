@@ -202,9 +202,9 @@ void SimulatedPeripheral::writeValue(
     bool answers = isAnswered; // once, should the write arrive twice
     _link->send(Data(value.begin(), value.end()),
         whileAlive([=](SimulatedPeripheral& self, const Data& written, bool refused) mutable {
-            if (std::exchange(answers, false))
-                self.confirmWrite(characteristic);
             auto& aid = self._link->aid();
+            if (std::exchange(answers, false))
+                self.confirmWrite(characteristic, aid.failsWrite(characteristic->uuid(), written, refused));
             if (refused)
                 aid.refuse(characteristic->uuid(), written);
             else
@@ -213,10 +213,10 @@ void SimulatedPeripheral::writeValue(
         }));
 }
 
-void SimulatedPeripheral::confirmWrite(const Characteristic& characteristic)
+void SimulatedPeripheral::confirmWrite(const Characteristic& characteristic, bool failed)
 {
     _link->send({}, whileConnected([=](SimulatedPeripheral& self, const Data&, bool refused) {
-        self.tell(&Delegate::peripheralDidWriteValueFor, characteristic, self.refusal(refused));
+        self.tell(&Delegate::peripheralDidWriteValueFor, characteristic, self.refusal(failed || refused));
     }));
 }
 

@@ -44,8 +44,8 @@ struct SimulatedWorld {
     std::vector<ScriptedAction> script = {}; ///< in the order of time
     std::optional<Seconds> scriptPeriod = {}; ///< starts the script again after so long; none: it runs once
 
-    /// A pair X1-L and X1-R (a16), a single Solo-L (a4) and a single Uno-R (h01), and wearers who touch their aids
-    /// every few seconds.
+    /// A pair X1-L and X1-R (a16), a single Solo-L (a4), a single Uno-R (h01) and a pair P3-L and P3-R (PL3), and
+    /// wearers who touch their aids every few seconds.
     static SimulatedWorld makeDefault();
 
     /// Throws SimulatedWorldError for anything wrong: an unknown key, a wrong type, a number out of range, two aids of

@@ -12,6 +12,7 @@ install(DIRECTORY AuriskSDK DESTINATION ${headers} FILES_MATCHING PATTERN "*.h"
     PATTERN "Precondition.h" EXCLUDE PATTERN "BitCodec.h" EXCLUDE PATTERN "JsonFields.h" EXCLUDE)
 install(DIRECTORY Simulator DESTINATION ${headers} FILES_MATCHING PATTERN "*.h"
     PATTERN "AidFrame.h" EXCLUDE
+    PATTERN "AidMembers.h" EXCLUDE
     PATTERN "SimulatedCentral.h" EXCLUDE
     PATTERN "SimulatedLink.h" EXCLUDE
     PATTERN "WorldReader.h" EXCLUDE)

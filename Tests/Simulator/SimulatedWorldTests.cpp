@@ -133,7 +133,7 @@ TEST(AWorld, NamesThePlaceOfWhatIsWrong)
             "radio: \"loud\" is none of unknown, resetting, unsupported, unauthorized, poweredOff, poweredOn" },
         { R"({ "aids": 3 })", "aids: must be a list" },
         { R"({ "aids": [3] })", "aids[0]: must be an object" },
-        { R"({ "aids": [{ "kind": "pl9" }] })", "aids[0].kind: \"pl9\" is none of aurisk" },
+        { R"({ "aids": [{ "kind": "pl9" }] })", "aids[0].kind: \"pl9\" is none of aurisk, pl3" },
         { R"({ "aids": [{ "kind": "aurisk" }] })", "aids[0].name: is missing" },
         { R"({ "scriptPeriod": 0 })", "scriptPeriod: 0 is outside 0.1 to 86400" },
         { R"({ "script": [{ "at": 61 }] })", "script[0].at: 61 is outside 0 to 60" },
@@ -282,7 +282,7 @@ TEST(AScript, IsPlayedInItsOrderAndAgainWithEachPeriod)
     EXPECT_EQ(queue.clock()->pendingCount(), 0u);
 }
 
-TEST(TheDefaultWorld, HasAPairAndTwoSinglesAndWearersWhoMoveThem)
+TEST(TheDefaultWorld, HasTwoPairsAndTwoSinglesAndWearersWhoMoveThem)
 {
     ManualDispatchQueue queue;
     const auto simulator = Simulator::create(SimulatedWorld::makeDefault(), queue);
@@ -298,7 +298,8 @@ TEST(TheDefaultWorld, HasAPairAndTwoSinglesAndWearersWhoMoveThem)
     central->scanForPeripherals({});
     queue.advance(1s);
     EXPECT_THAT(recorder->take(),
-        ElementsAre("state 5", "found X1-L -52", "found X1-R -58", "found Solo-L -71", "found Uno-R -66"));
+        ElementsAre("state 5", "found X1-L -52", "found X1-R -58", "found Solo-L -71", "found Uno-R -66",
+            "found P3-L -75", "found P3-R -78"));
     const auto before = settings();
     queue.advance(3.5s);
     EXPECT_TRUE(settings() != before);

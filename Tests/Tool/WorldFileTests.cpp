@@ -61,7 +61,7 @@ TEST_F(ToolWorld, OneCommandFindsWhatTheOneBeforeItDid)
 TEST_F(ToolWorld, ARunThatFailedKeepsWhatItDidChange)
 {
     EXPECT_EQ(runOn("scan --duration 0.1", true), ExitCode::done);
-    EXPECT_EQ(runOn("program set 3 --both"), ExitCode::done);
+    EXPECT_EQ(runOn("program set X1 3 --both"), ExitCode::done);
     EXPECT_EQ(runOn("program set X1-L 4"), ExitCode::failed);
     EXPECT_EQ(runOn("program X1-R"), ExitCode::done);
     EXPECT_THAT(sink.output, ElementsAre("X1-R  program 3"));
