@@ -61,7 +61,7 @@ TEST(Arguments, AMistakeIsToldInOneSentence)
         { "raw X1-L", "raw: the frame is missing, as FE 68 … 16 or as cmd di0 di1 payload" },
         { "raw X1-L 1x", "raw: \"1x\" is not hexadecimal" },
         { "raw X1-L 11 010", "raw: \"010\" has 3 hexadecimal digits, an even number is needed" },
-        { "raw 1501", "frame: 2 byte(s), at least cmd di0 di1 are needed" },
+        { "raw 1101", "frame: 2 byte(s), at least cmd di0 di1 are needed" },
         { "raw fe681101", "frame: 4 bytes, a whole frame has at least 8 (FE 68 cmd size di0 di1 checksum 16)" },
         { "raw fe68110301048016", "frame: its size byte says 3, but 2 bytes lie between it and the checksum" },
         { "raw fe68110201048017", "frame: it ends with 17, not with 16" },
@@ -177,25 +177,28 @@ TEST(Arguments, AFrameIsGivenWholeOrAsItsParts)
     EXPECT_EQ(refusal({ "raw", std::string(514, '0') }), "frame: a payload of 254 bytes, at most 253 fit");
 }
 
-TEST(Arguments, AFrameForPL3IsACommandAndItsPayload)
+TEST(Arguments, AFrameForPL3IsGivenWhole)
 {
-    EXPECT_EQ(tool::pl3Request(parsed("raw P3-L 83").frame),
+    EXPECT_EQ(tool::pl3Request(parsed("raw P3-L 7e 000183").frame),
         (PL3Request{ .command = PL3Command::batteryLevel, .read = true }));
-    EXPECT_EQ(tool::pl3Request(parsed("raw P3-L 00 05").frame),
-        (PL3Request{ .command = PL3Command::volumeLevel, .data = Data{ 0x05 } }));
-    EXPECT_EQ(tool::pl3Request(parsed("raw P3-L 13" + std::string(508, 'e')).frame).data->size(), 254U);
-    const auto refused = [](const Data& given) {
-        try {
-            tool::pl3Request(given);
-        } catch (const tool::UsageError& error) {
-            return std::string(error.what());
-        }
-        return std::string("accepted");
+    EXPECT_EQ(tool::pl3Request(parsed("raw P3-L 7e0003007d5e05").frame),
+        (PL3Request{ .command = PL3Command::volumeLevel, .data = Data{ 0x7E, 0x05 } }));
+    EXPECT_EQ(tool::pl3Request(parsed("raw 7e00ff13" + std::string(508, 'e')).frame).data->size(), 254U);
+    struct {
+        std::string frame, sentence;
+    } const cases[] = {
+        { "7e000183", "accepted" },
+        { "7e00028301", "accepted" }, // whatever it may be good for
+        { "7e000114", "frame: 14 is no command of PL3 hearing aids, which are 00 to 13" },
+        { "7e00010f", "frame: it writes, and has nothing to write (8f reads)" },
+        { "7e000283", "frame: its length does not count command and payload, or a 7D or 7E in it is not escaped" },
+        { "7e0002007e", "frame: its length does not count command and payload, or a 7D or 7E in it is not escaped" },
+        { "7e", "frame: its length does not count command and payload, or a 7D or 7E in it is not escaped" },
+        { "7e010000" + std::string(510, '1'),
+            "frame: PL3 hearing aids take 7E, the length in two bytes, the command and at most 254 bytes of payload" },
     };
-    EXPECT_EQ(refused({ 0x14, 0x01 }),
-        "frame: 14 is no command of PL3 hearing aids, which are 00 to 13, and 80 to 93 to read");
-    EXPECT_EQ(refused({ 0x0F }), "frame: 0f writes, and needs a payload (8f reads)");
-    EXPECT_EQ(refused(Data(256)), "frame: a payload of 255 bytes, at most 254 fit");
+    for (const auto& [frame, sentence] : cases)
+        EXPECT_EQ(refusal({ "raw", frame }), sentence) << frame;
 }
 
 TEST(Arguments, HelpNamesTheFormsOfACommand)

@@ -105,26 +105,32 @@ AuriskRawData frame(const Data& given)
 
 PL3Request pl3Request(const Data& given)
 {
-    if (given.empty())
-        refuse("frame: it is empty");
-    const auto byte = given.front();
-    const bool read = (byte & CHDLC::kReadFlag) != 0;
-    const auto command = fromRawValue<PL3Command>(byte & ~CHDLC::kReadFlag);
-    if (!command || command == PL3Command::unknown)
-        refuse("frame: {:02x} is no command of PL3 hearing aids, which are 00 to 13, and 80 to 93 to read", byte);
-    const Data payload(given.begin() + 1, given.end());
-    if (payload.size() > CHDLC::longestPayload)
-        refuse("frame: a payload of {} bytes, at most {} fit", payload.size(), CHDLC::longestPayload);
-    if (payload.empty() && !read)
-        refuse("frame: {:02x} writes, and needs a payload ({:02x} reads)", byte, byte | CHDLC::kReadFlag);
-    return { .command = *command, .data = payload.empty() ? std::nullopt : std::optional(payload), .read = read };
+    CHDLC heard, right;
+    heard.parse(given);
+    const auto command = fromRawValue<PL3Command>(heard.rcvdCommand());
+    const auto& payload = heard.rcvdPayload();
+    if (given.empty() || given.front() != CHDLC::kFrameStart || payload.size() > CHDLC::longestPayload)
+        refuse("frame: PL3 hearing aids take 7E, the length in two bytes, the command and at most {} bytes of payload",
+            CHDLC::longestPayload);
+    for (const bool read : { false, true }) {
+        right.create(heard.rcvdCommand(), payload, read);
+        if (right.getHDLCAll() != given)
+            continue;
+        if (!command || command == PL3Command::unknown)
+            refuse("frame: {:02x} is no command of PL3 hearing aids, which are 00 to 13", heard.rcvdCommand());
+        if (payload.empty() && !read)
+            refuse("frame: it writes, and has nothing to write ({:02x} reads)", right.sentCommand() | CHDLC::kReadFlag);
+        return { .command = *command, .data = payload.empty() ? std::nullopt : std::optional(payload), .read = read };
+    }
+    refuse("frame: its length does not count command and payload, or a 7D or 7E in it is not escaped");
 }
 
 void expectFrame(const Data& given)
-try {
-    pl3Request(given);
-} catch (const UsageError&) {
-    frame(given);
+{
+    if (!given.empty() && given.front() == CHDLC::kFrameStart)
+        pl3Request(given);
+    else
+        frame(given);
 }
 
 std::string inQuotes(std::string_view text) { return '"' + printable(text) + '"'; }

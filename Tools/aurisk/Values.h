@@ -49,10 +49,10 @@ Data bytes(std::string_view place, std::string_view text);
 /// A frame, given whole (FE 68 … 16) or as command, two identifiers and payload, without checksum.
 AuriskRawData frame(const Data& given);
 
-/// A request of the PL3 family, given as its command, with the read flag or without, and payload.
+/// A request of the PL3 family, given as its whole frame: 7E, length, command, payload, with escapes.
 PL3Request pl3Request(const Data& given);
 
-/// Refuses what is a frame in no family.
+/// Refuses what is a frame of neither family.
 void expectFrame(const Data& given);
 
 /// A text as a message shows it: in quotes, without anything that a terminal would obey.

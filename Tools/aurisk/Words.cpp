@@ -239,9 +239,9 @@ constexpr std::string_view rawNotes
       "checksum and the closing 16; anything else is cmd di0 di1 and the payload, to which the rest is added:\n"
       "  aurisk raw X1-L fe68110201048016\n"
       "  aurisk raw X1-L 11 01 04\n"
-      "For a PL3 hearing aid it is a command, with 80 added to read, and the payload:\n"
-      "  aurisk raw P3-L 83\n"
-      "  aurisk raw P3-L 00 05\n"
+      "A PL3 hearing aid takes a whole frame, which is 7E, the length of the rest in two bytes, the command, with 80\n"
+      "added to read, and the payload, each 7D and 7E in them as 7D 5D and 7D 5E:\n"
+      "  aurisk raw P3-L 7e000183\n"
       "A first word that holds anything but hexadecimal digits is the device.";
 constexpr std::string_view toneNotes
     = "FREQ is in Hz, 1 to 65535. The hearing aid has to support the hearing test, which it enters for the tone and\n"
