@@ -1,3 +1,4 @@
+#include "AuriskSDK/HearingAid/Vortilex/PL3Accessory.h"
 #include "AuriskSDK/Platform/Manual/ManualDispatchQueue.h"
 #include "Fuzz/FuzzTargets.h"
 #include "Fuzz/InputReader.h"
@@ -14,8 +15,18 @@ constexpr std::array<const char*, 6> names = { "X1-L", "X1-R", "X1", "-L", "", "
 
 bool hasSide(std::string_view name) { return name.ends_with("-L") || name.ends_with("-R"); }
 
-std::string_view classFor(const Data& mfgData)
+bool beginsWith(const Data& mfgData, std::uint8_t first, std::uint8_t second)
 {
+    return mfgData.size() >= 2 && mfgData[0] == first && mfgData[1] == second;
+}
+
+/// The class of the accessory that is to be made; empty where none is.
+std::string_view classFor(const Data& mfgData, std::string_view name)
+{
+    if (beginsWith(mfgData, 0xC6, 0x03))
+        return mfgData.size() >= 7 ? "PL3Accessory" : "";
+    if (!beginsWith(mfgData, 0xFE, 0xFE) || mfgData.size() < 8 || !hasSide(name))
+        return "";
     switch (mfgData.size() > 9 ? mfgData[9] : 0x00) {
     case 0x01: return "AuriskH01Accessory";
     case 0x06: return "AuriskA16Accessory";
@@ -35,8 +46,17 @@ std::string addressIn(const Data& mfgData)
     return text.empty() ? text : text.substr(1);
 }
 
-/// What the accessory says must be what its last advertisement said, save its class, which the first decides.
-void checkAgainst(const AuriskAccessory& accessory, const Data& mfgData)
+/// What an accessory says must be what its last advertisement said, save its class, which the first decides.
+void check(const PL3Accessory& accessory, const Data& mfgData)
+{
+    using enum AccessoryOrientation;
+    require(accessory.mfgData() == mfgData, "the manufacturer data is not the last");
+    require(accessory.orientation() == (mfgData[2] == 2 ? left : mfgData[2] == 3 ? right : unassigned), "another ear");
+    require(accessory.manufacturerId() == mfgData[3] + 256 * mfgData[4], "the manufacturer is another");
+    require(accessory.modelName() == std::to_string(mfgData[5] + 256 * mfgData[6]), "the model is another");
+}
+
+void check(const AuriskAccessory& accessory, const Data& mfgData)
 {
     const bool hasChips = mfgData.size() > 9;
     require(accessory.mfgData() == mfgData, "the manufacturer data is not the last");
@@ -60,20 +80,25 @@ void advertisement(DataView input)
     const auto peripheral = tests::PlayedAid::create(CBUUID(0x0001), name);
 
     std::string_view chosen; // empty until the device has been adopted
+    Data last; // of those that are long enough
     while (!reader.isEmpty()) {
         const auto piece = reader.counted();
         const Data mfgData(piece.begin(), piece.end());
         radio.hear(peripheral, { .manufacturerData = mfgData, .localName = std::nullopt });
 
-        const bool isOurs = mfgData.size() >= 8 && mfgData[0] == 0xFE && mfgData[1] == 0xFE && hasSide(name);
-        if (chosen.empty() && isOurs)
-            chosen = classFor(mfgData);
+        if (chosen.empty())
+            chosen = classFor(mfgData, name);
+        if (chosen != "PL3Accessory" || mfgData.size() >= 7)
+            last = mfgData;
         const auto accessories = radio.manager->accessories();
         require(accessories.size() == (chosen.empty() ? 0U : 1U), "a device was adopted that is none, or was not");
         if (chosen.empty())
             continue;
         require(accessories[0]->className() == chosen, "the class is another");
-        checkAgainst(dynamic_cast<const AuriskAccessory&>(*accessories[0]), mfgData);
+        if (const auto* one = dynamic_cast<const PL3Accessory*>(accessories[0].get()))
+            check(*one, last);
+        else
+            check(dynamic_cast<const AuriskAccessory&>(*accessories[0]), last);
     }
 }
 

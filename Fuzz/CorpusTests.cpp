@@ -32,6 +32,7 @@ constexpr NamedTarget targets[] = {
     { "block", fuzz::block },
     { "profile", fuzz::profile },
     { "update", fuzz::update },
+    { "pl3", fuzz::pl3 },
     { "world", fuzz::world },
 };
 

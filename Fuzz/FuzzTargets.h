@@ -22,6 +22,7 @@ void accessory(DataView input); ///< a sequence of requests, notifications and m
 void block(DataView input); ///< a settings block or a log as it stands
 void profile(DataView input); ///< a profile in JSON, and a profile field
 void update(DataView input); ///< a sequence of what happens in firmware updates
+void pl3(DataView input); ///< a sequence of requests, notifications, confirmations and waiting
 void world(DataView input); ///< a file that describes a simulated world
 
 class Failure : public std::runtime_error {

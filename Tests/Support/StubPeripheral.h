@@ -21,7 +21,7 @@ public:
     std::optional<std::string> name() const override { return named; }
     CBPeripheralState state() const override { return itsState; }
     void setDelegate(std::weak_ptr<CBPeripheralDelegate>) override { }
-    std::vector<std::shared_ptr<CBService>> services() const override { return {}; }
+    std::vector<std::shared_ptr<CBService>> services() const override { return itsServices; }
     void discoverServices() override { asked.push_back("services"); }
     void discoverCharacteristics(const std::shared_ptr<CBService>& service) override
     {
@@ -48,6 +48,7 @@ public:
     CBUUID id;
     std::optional<std::string> named;
     CBPeripheralState itsState = CBPeripheralState::connected;
+    std::vector<std::shared_ptr<CBService>> itsServices;
     std::size_t longestWrite = 20;
     std::vector<std::string> asked;
 };

@@ -86,19 +86,21 @@ TEST_F(MessageHandler, GivesALateReplyToTheRequestThatIsOnTheAirByThen)
     EXPECT_THAT(take(), ElementsAre("100 sent 1", "3100 result of 1: nil", "3200 sent 2", "3300 result of 2: 10"));
 }
 
-TEST_F(MessageHandler, DropsRepliesThatFindNothingOnTheAir)
+TEST_F(MessageHandler, DropsRepliesThatFindNothingOnTheAirAndSaysSo)
 {
     handler->launch();
-    handler->excuted(5); // nothing was ever asked for
+    EXPECT_FALSE(handler->excuted(5)); // nothing was ever asked for
     excute(1);
     excute(2);
     after(0.05s);
-    handler->excuted(6); // 1 waits out its pause
+    EXPECT_FALSE(handler->excuted(6)); // 1 waits out its pause
     after(0.1s);
-    handler->excuted(7);
-    handler->excuted(8); // the same reply twice
+    EXPECT_TRUE(handler->excuted(7));
+    EXPECT_FALSE(handler->excuted(8)); // the same reply twice
     after(0.05s);
-    handler->excuted(9); // 2 waits out its pause
+    EXPECT_FALSE(handler->excuted(9)); // 2 waits out its pause
+    after(3.05s);
+    EXPECT_FALSE(handler->excuted(10)); // 2 has timed out
     after(10s);
     EXPECT_THAT(take(), ElementsAre("100 sent 1", "150 result of 1: 7", "250 sent 2", "3250 result of 2: nil"));
 }
