@@ -205,8 +205,8 @@ public:
     virtual void setNotifyValue(bool enabled, const std::shared_ptr<CBCharacteristic>& characteristic) = 0;
     virtual void readValue(const std::shared_ptr<CBCharacteristic>& characteristic) = 0;
 
-    /// Writes `value` whole, at most `maximumWriteValueLength(type)` bytes. Only a write with response is answered: once,
-    /// and in the order of the writes to that characteristic, while the link lasts.
+    /// Writes `value` whole, at most `maximumWriteValueLength(type)` bytes. Only a write with response is answered:
+    /// once, and in the order of the writes to that characteristic, while the link lasts.
     virtual void writeValue(
         DataView value, const std::shared_ptr<CBCharacteristic>& characteristic, CBCharacteristicWriteType type)
         = 0;

@@ -178,7 +178,7 @@ TEST_F(PL3Commands, SayInOneSentenceWhatCannotBeDone)
 {
     struct {
         std::string commandLine, sentence;
-        ExitCode code = ExitCode::failed;
+        ExitCode expected = ExitCode::failed;
     } const cases[] = {
         { "transparency P3-L", "aurisk transparency does not work with P3-L, which is a PL3 hearing aid" },
         { "dsp export P3 fit.json --both", "aurisk dsp export does not work with P3-L, which is a PL3 hearing aid" },
@@ -195,8 +195,8 @@ TEST_F(PL3Commands, SayInOneSentenceWhatCannotBeDone)
         { "raw P3-L 7e000185", "P3-L did not answer within 3 s when asked to tell its burnLiveSettings" },
         { "raw X1-L 7e000183", "X1-L did not do what the frame asks for: other(message: \"parse error\")" },
     };
-    for (const auto& [commandLine, sentence, code] : cases) {
-        EXPECT_EQ(aurisk(commandLine), code) << commandLine;
+    for (const auto& [commandLine, sentence, expected] : cases) {
+        EXPECT_EQ(aurisk(commandLine), expected) << commandLine;
         EXPECT_THAT(sink.errors, ElementsAre("aurisk: " + sentence));
     }
     // Nothing was said to any of them.
@@ -215,8 +215,8 @@ TEST_F(PL3Commands, EndInTimeWhateverTheLinkDoes)
                 pl3("P3-L").setState(state);
             },
             [&](ExitCode ended) {
-                if (ended == ExitCode::done && command.starts_with("volume"))
-                    EXPECT_EQ(pl3("P3-L").state().volume, 9);
+                const bool isSet = ended == ExitCode::done && command.starts_with("volume");
+                EXPECT_TRUE(!isSet || pl3("P3-L").state().volume == 9);
             });
 }
 

@@ -37,9 +37,12 @@ void PL3DataService::request(const PL3Request& request, Seconds timeout, Complet
     _messageHandler->excute(request, timeout,
         [weak = std::move(weak), request, complete = std::move(complete)](const std::optional<PL3Result>& answer) {
             const auto result = answer.value_or(PL3Result::error(PL3Error::timeout));
-            if (const auto self = weak.lock())
+            if (const auto self = weak.lock()) {
+                for (auto& piece : self->_unconfirmed)
+                    piece.ends.reset(); // a confirmation that comes after this ends nothing
                 if (const auto delegate = self->_delegate.lock())
                     delegate->didFinishRequest(request, result);
+            }
             if (complete)
                 complete(result);
         });
@@ -73,8 +76,6 @@ void PL3DataService::send(const PL3Request& request)
     frame.create(rawValue(request.command), request.data ? DataView(*request.data) : DataView(), request.read);
 
     forgetLostPieces();
-    for (auto& earlier : _unconfirmed)
-        earlier.ends.reset(); // its write has ended without it
     bool endsWrite = !request.read;
     while (frame.moreData()) {
         const bool isFirst = std::exchange(endsWrite, false);

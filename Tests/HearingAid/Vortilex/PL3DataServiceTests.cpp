@@ -313,6 +313,10 @@ TEST_F(PL3Service, StopsAtTheConfirmationOfAWriteWithoutData)
     after(0.1s);
     EXPECT_THAT(written(), ElementsAre("7e000110"));
     EXPECT_THAT(stopOf([&] { confirmed(); }), Optional(HasSubstr("clearPASList")));
+    after(3s);
+    request({ .command = PL3Command::clearPASList });
+    after(3.1s);
+    confirmed(); // too late to be about anything
 }
 
 TEST_F(PL3Service, CompletesItsRequestsEvenWhenItHasGone)
