@@ -105,12 +105,13 @@ TEST_F(PL3Commands, ShowTheSettingsOfTheRunningProgram)
     state.programs[1].compThreshold = Data(16, 31);
     state.programs[1].compTimes = Data(16, 0);
     state.programs[1].mpoConfig = Data(16, 16); // beyond the table
+    state.programs[1].inputSettings = Data(16, 7);
     pl3("P3-L").setState(state);
     EXPECT_EQ(aurisk("dsp show P3-L"), ExitCode::done);
     EXPECT_EQ(sink.output.front(), "P3-L  program 1");
     EXPECT_THAT(sink.output,
         testing::IsSupersetOf({ "  CHANNEL  RATIO  THRESHOLD  LIMIT         TIME CONSTANTS",
-            "       16  8 : 1  82 dB SPL  unknown (16)  B:3,120", "  eq7500     125  mpoRelease              3" }));
+            "       16  8 : 1  82 dB SPL  unknown (16)  B:3,120", "  eq7500     125  mpoRelease              7" }));
     EXPECT_EQ(aurisk("dsp show P3-L --json --program 1"), ExitCode::done);
     const auto object = objects().front();
     EXPECT_EQ(object["program"], 1);
@@ -123,14 +124,19 @@ TEST_F(PL3Commands, ShowTheSettingsOfTheRunningProgram)
         ElementsAre("aurisk: P3-L tells the settings of the program that is running alone, and that is 1 "
                     "(aurisk program set P3-L 2 switches)"));
 
-    // The wearer switches back while they are read: then all that is shown is of that program.
-    begin("dsp show P3-L --json");
-    after(1.2);
-    wearer("P3-L", "program 0");
-    EXPECT_EQ(end(), ExitCode::done);
-    EXPECT_EQ(objects().front()["program"], 0);
-    EXPECT_EQ(objects().front()["compRatio"]["ch1"], state.programs[0].compRatios[0]);
-    EXPECT_NE(objects().front()["bandEQ"]["eq7500"], 125);
+    // Whenever the wearer switches, all that is shown is of one program.
+    for (double when = 0.05; when < 1.5; when += 0.01) {
+        pl3("P3-L").setState(state);
+        begin("dsp show P3-L --json");
+        after(when);
+        wearer("P3-L", "program 0");
+        EXPECT_EQ(end(), ExitCode::done) << when;
+        const auto shown = objects().front();
+        const bool isFirst = shown["program"] == 0;
+        EXPECT_EQ(shown["bandEQ"]["eq7500"] != 125, isFirst) << when;
+        EXPECT_EQ(shown["mpoConfig"]["ch1"] != 16, isFirst) << when;
+        EXPECT_EQ(shown["inputSetting"]["mpoRelease"] != 7, isFirst) << when;
+    }
 }
 
 TEST_F(PL3Commands, WaitForTheirAnswerWhateverTheWearerDoesMeanwhile)
