@@ -30,6 +30,7 @@ TEST_F(PL3, IsFoundAndConnectedLikeAnyHearingAid)
     EXPECT_TRUE(accessory->connect(app, "left"));
     after(1s);
     EXPECT_THAT(app->take(), ElementsAre("state connecting", "state connected", "did connect", "services left"));
+    EXPECT_EQ(messages(), 1 + 1 + 2 + 2); // connection and services, then characteristics and subscription twice
     EXPECT_TRUE(accessory->disconnect());
     after(1s);
     EXPECT_THAT(app->take(), ElementsAre("state disconnecting", "state disconnected", "did disconnect"));
