@@ -94,6 +94,16 @@ TEST_F(PL3Commands, TellAllAboutAHearingAid)
     EXPECT_EQ(aurisk("info P3-L --json"), ExitCode::done);
     EXPECT_THAT(sink.output,
         ElementsAre(advertised + R"("program":0,"volume":6,"bat":null,"mute":false,"deviceSettings":null})"));
+    EXPECT_THAT(sink.errors,
+        ElementsAre("aurisk: P3-L did not tell its battery level", "aurisk: P3-L did not tell its device settings"));
+
+    // What the wearer changes meanwhile is told as it is in the end.
+    faults("P3-L").faults.clear();
+    begin("info P3-L --json");
+    after(0.5);
+    wearer("P3-L", "program 2");
+    EXPECT_EQ(end(), ExitCode::done);
+    EXPECT_EQ(objects().front()["program"], 2);
 }
 
 TEST_F(PL3Commands, ShowTheSettingsOfTheRunningProgram)
@@ -176,8 +186,24 @@ TEST_F(PL3Commands, SendAFrameAndExplainTheAnswer)
     EXPECT_THAT(
         sink.output, ElementsAre("P3-L", "  sent     7e000183", "  command  03, batteryLevel", "  payload  50"));
     EXPECT_EQ(aurisk("raw P3-L 7e00020005 --json"), ExitCode::done);
-    EXPECT_THAT(sink.output, ElementsAre(identity + std::string(R"("sent":"7e00020005","confirmed":true})")));
+    EXPECT_THAT(sink.output, ElementsAre(identity + std::string(R"("sent":"7e00020005","pieces":1})")));
     EXPECT_EQ(pl3("P3-L").state().volume, 5);
+
+    EXPECT_EQ(aurisk("raw P3-L 7e001106" + std::string(32, '1').replace(30, 2, "7d5d")), ExitCode::done);
+    EXPECT_EQ(sink.output.back(), "  reply  the first of 2 pieces is confirmed, the others are not waited for");
+
+    // The next notification is the answer, and where it cannot be, that is said.
+    int mistaken = 0;
+    for (double when = 0.1; when < 0.6; when += 0.002) {
+        begin("raw P3-L 7e000183");
+        after(when);
+        wearer("P3-L", "volume 9");
+        EXPECT_EQ(end(), ExitCode::done) << when;
+        const bool isMistaken = sink.output.at(2) == "  command  00, volumeLevel";
+        EXPECT_EQ(isMistaken, !sink.errors.empty()) << when;
+        mistaken += isMistaken;
+    }
+    EXPECT_GT(mistaken, 0);
 }
 
 TEST_F(PL3Commands, SayInOneSentenceWhatCannotBeDone)
@@ -199,7 +225,7 @@ TEST_F(PL3Commands, SayInOneSentenceWhatCannotBeDone)
             ExitCode::usage },
         { "program set P3-L 3", "P3-L refused to set its program to 3 (aurisk info tells which programs it has)" },
         { "raw P3-L 7e000185", "P3-L did not answer within 3 s when asked to tell its burnLiveSettings" },
-        { "raw X1-L 7e000183", "X1-L did not do what the frame asks for: other(message: \"parse error\")" },
+        { "raw X1-L 7e000183", "frame: it is one for PL3 hearing aids, and X1-L is none", ExitCode::usage },
     };
     for (const auto& [commandLine, sentence, expected] : cases) {
         EXPECT_EQ(aurisk(commandLine), expected) << commandLine;
@@ -211,7 +237,7 @@ TEST_F(PL3Commands, SayInOneSentenceWhatCannotBeDone)
 
 TEST_F(PL3Commands, EndInTimeWhateverTheLinkDoes)
 {
-    for (const std::string command : { "info P3-L", "dsp show P3-L", "volume set P3-L 9", "battery P3-L" })
+    for (const std::string command : { "program P3-L", "dsp show P3-L", "volume set P3-L 9", "battery P3-L" })
         withEachFault(
             "P3-L", command,
             { Fault::Kind::dropLinkBefore, Fault::Kind::lose, Fault::Kind::refuse, Fault::Kind::delay },

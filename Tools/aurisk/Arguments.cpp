@@ -19,7 +19,7 @@ constexpr auto introduction = "Finds hearing aids over Bluetooth Low Energy, rea
 constexpr auto footer
     = R"(DEVICE is an identifier, an address or a name. It may be left out where only one hearing aid is in range. With
 --both it is the name of a pair without -L and -R, and may be left out where only one pair is in range.
-Programs count from 0.
+Programs count from 0. PL3 hearing aids know info, program, volume, mute, battery, monitor, raw and dsp show.
 
 Examples:
   aurisk scan                          who is in range
@@ -204,7 +204,7 @@ private:
         _options.allPrograms = text == "all";
         _options.program.reset();
         if (!_options.allPrograms)
-            _options.program = wholeNumber("--program", text, blockPrograms);
+            _options.program = wholeNumber("--program", text, programs);
     }
 
     void takeFirmwareType(const std::string& text)

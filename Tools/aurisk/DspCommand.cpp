@@ -1,6 +1,7 @@
 #include "Tools/aurisk/PL3Commands.h"
 #include "Tools/aurisk/SettingsTransfer.h"
 #include "Tools/aurisk/TextLayout.h"
+#include "Tools/aurisk/Values.h"
 
 #include <fmt/format.h>
 
@@ -84,6 +85,25 @@ void playShow(Session& session)
     });
 }
 
+/// The settings of which programs can be asked for, differs from family to family.
+void expectProgramWithBlock(const Options& options)
+{
+    if (options.program)
+        wholeNumber("--program", std::to_string(*options.program), blockPrograms);
+}
+
+Plan planShow(const Options& options)
+{
+    return { .play = playShow,
+        .check =
+            [=](const AuriskAccessory& device) {
+                expectProgramWithBlock(options);
+                return whyWithoutSettings(device);
+            },
+        .playPL3 = playPL3Settings,
+        .checkPL3 = [=](const PL3Accessory& device) { return whyWithoutAllPrograms(options, device); } };
+}
+
 } // namespace
 
 std::vector<std::string> fieldLines(const SettingsBlock& block)
@@ -109,12 +129,11 @@ std::vector<std::string> fieldLines(const SettingsBlock& block)
 
 Plan planDsp(const Options& options)
 {
+    if (options.action == Action::show)
+        return planShow(options);
+    expectProgramWithBlock(options);
     switch (options.action) {
-    case Action::show:
-        return { .play = playShow,
-            .check = whyWithoutSettings,
-            .playPL3 = playPL3Settings,
-            .checkPL3 = [=](const PL3Accessory& device) { return whyWithoutAllPrograms(options, device); } };
+    case Action::show: break;
     case Action::set: return planChange(options, BlockKind::program, fieldEdit);
     case Action::exportFile: return planExport(options, BlockKind::program);
     case Action::importFile: return planImport(options, BlockKind::program);

@@ -33,7 +33,7 @@ void playNumber(Session& session, PL3Command command, Field (*field)(std::option
 
 /// What has been told so far. What a device does not tell stays none.
 struct Told {
-    std::optional<int> program = {}, volume = {}, bat = {}, mute = {};
+    std::optional<int> volume = {}, bat = {}, mute = {};
     std::optional<Data> settings = {};
 };
 using Shared = std::shared_ptr<Told>;
@@ -69,12 +69,14 @@ Fields settingsFields(const std::optional<Data>& settings)
     };
 }
 
+/// What the wearer has changed since it was told, the accessory has heard.
 void tellAll(Session& session, const Told& told)
 {
-    auto fields = aboutDevice(session.accessory());
-    fields.push_back(programField(told.program));
-    fields.push_back(volumeField(told.volume));
-    fields.push_back(batteryField(told.bat));
+    const auto& device = session.pl3();
+    auto fields = aboutDevice(device);
+    fields.push_back(programField(device.program()));
+    fields.push_back(volumeField(told.volume ? std::optional(device.volume()) : std::nullopt));
+    fields.push_back(batteryField(told.bat ? std::optional(device.battery()) : std::nullopt));
     fields.push_back(switchField("mute", "mute", told.mute ? std::optional(*told.mute != 0) : std::nullopt));
     for (auto& field : settingsFields(told.settings))
         fields.push_back(std::move(field));
@@ -82,26 +84,23 @@ void tellAll(Session& session, const Told& told)
     session.finish();
 }
 
-/// Asks for a number that a device need not know.
-Step asksFor(PL3Command command, const Shared& told, std::optional<int> Told::*number)
+/// Asks for something that a device need not know, and says so where it does not tell it.
+Step asksFor(PL3Command command, std::function<void(const Data&)> take)
 {
     return [=](Session& session, const Session::Then& then) {
         session.attempt(command, [=](Session& self, const std::optional<Data>& answer) {
             if (answer && !answer->empty())
-                told.get()->*number = answer->front();
+                take(*answer);
+            else
+                self.note(fmt::format("{} did not {}", self.name(), purpose({ .command = command, .read = true })));
             then(self);
         });
     };
 }
 
-Step asksForSettings(const Shared& told)
+Step asksFor(PL3Command command, const Shared& told, std::optional<int> Told::*number)
 {
-    return [=](Session& session, const Session::Then& then) {
-        session.attempt(PL3Command::deviceSettings, [=](Session& self, const std::optional<Data>& answer) {
-            told->settings = answer;
-            then(self);
-        });
-    };
+    return asksFor(command, [=](const Data& answer) { told.get()->*number = answer.front(); });
 }
 
 } // namespace
@@ -143,12 +142,11 @@ std::optional<Failure> whyWithoutVolumeOfProgram(const Options& options, const P
 void playPL3Info(Session& session)
 {
     const auto told = std::make_shared<Told>();
-    readNumber(session, PL3Command::program, [told](Session& self, int program) {
-        told->program = program;
+    readNumber(session, PL3Command::program, [told](Session& self, int) {
         inTurn(self,
             { asksFor(PL3Command::volumeLevel, told, &Told::volume),
                 asksFor(PL3Command::batteryLevel, told, &Told::bat), asksFor(PL3Command::muteUnmute, told, &Told::mute),
-                asksForSettings(told) },
+                asksFor(PL3Command::deviceSettings, [told](const Data& answer) { told->settings = answer; }) },
             [told](Session& again) { tellAll(again, *told); });
     });
 }

@@ -81,13 +81,24 @@ void play(Session& session)
         });
 }
 
+/// What a PL3 hearing aid confirmed of a write, of which the library waits for the first piece alone.
+Field confirmedField(std::size_t pieces)
+{
+    return { .key = "pieces",
+        .value = pieces,
+        .label = "reply",
+        .text = pieces == 1
+            ? "confirmed"
+            : fmt::format("the first of {} pieces is confirmed, the others are not waited for", pieces) };
+}
+
 void playPL3(Session& session)
 {
     const auto given = pl3Request(session.options().frame);
     session.request(given, [given](Session& self, const PL3Response& answer) {
-        CHDLC frame;
-        frame.create(rawValue(given.command), given.data.value_or(Data{}), given.read);
-        const auto sent = ask_hexadecimal(frame.getHDLCAll()), data = ask_hexadecimal(answer.data);
+        constexpr auto longest = CHDLC::kBLEPacketLength;
+        const auto& frame = self.options().frame;
+        const auto sent = ask_hexadecimal(frame), data = ask_hexadecimal(answer.data);
         Fields fields = { { .key = "sent", .value = sent, .label = "sent", .text = sent } };
         if (given.read) {
             const auto command = caseName(answer.command);
@@ -97,16 +108,27 @@ void playPL3(Session& session)
                 .text = fmt::format("{:02x}, {}", rawValue(answer.command), command) });
             fields.push_back({ .key = "data", .value = data, .label = "payload", .text = spaced(answer.data) });
         } else
-            fields.push_back({ .key = "confirmed", .value = true, .label = "reply", .text = "confirmed" });
+            fields.push_back(confirmedField((frame.size() + longest - 1) / longest));
         self.block(fields);
+        if (answer.command != given.command)
+            self.note(fmt::format("{} spoke of something else: the next notification is taken for the answer, and the "
+                                  "wearer may have acted",
+                self.name()));
         self.finish();
     });
 }
 
-/// Whether the bytes can be sent as they are; they throw a UsageError where they cannot.
-std::optional<Failure> isUsable(const Options& options, auto&& parse)
+std::optional<Failure> whyNotForAurisk(const Options& options, const AuriskAccessory& device)
 {
-    parse(options.frame);
+    if (options.frame.front() == CHDLC::kFrameStart)
+        throw UsageError(fmt::format("frame: it is one for PL3 hearing aids, and {} is none", device.name()));
+    frame(options.frame);
+    return std::nullopt;
+}
+
+std::optional<Failure> whyNotForPL3(const Options& options)
+{
+    pl3Request(options.frame);
     return std::nullopt;
 }
 
@@ -117,9 +139,9 @@ Plan planRaw(const Options& options)
 {
     return {
         .play = play,
-        .check = [=](const AuriskAccessory&) { return isUsable(options, frame); },
+        .check = [=](const AuriskAccessory& device) { return whyNotForAurisk(options, device); },
         .playPL3 = playPL3,
-        .checkPL3 = [=](const PL3Accessory&) { return isUsable(options, pl3Request); },
+        .checkPL3 = [=](const PL3Accessory&) { return whyNotForPL3(options); },
     };
 }
 

@@ -70,7 +70,7 @@ void takeMute(Options& options, WordList& words)
 {
     options.on = words.empty() ? std::nullopt : onOrOff(words.back());
     if (!options.on)
-        throw UsageError("mute: say on or off (hearing aids do not tell whether they are muted)");
+        throw UsageError("mute: say on or off (most hearing aids do not tell whether they are muted)");
     words.pop_back();
     takeDevice(options, words);
 }
@@ -219,7 +219,7 @@ void takeFrame(Options& options, WordList& words)
         words.erase(words.begin());
     }
     if (words.empty())
-        throw UsageError("raw: the frame is missing, as FE 68 … 16 or as cmd di0 di1 payload");
+        throw UsageError("raw: the frame is missing: FE 68 … 16, cmd di0 di1 payload, or for PL3 7E …");
     for (const auto& word : words) {
         const auto part = bytes("raw", word);
         options.frame.insert(options.frame.end(), part.begin(), part.end());
@@ -252,6 +252,7 @@ constexpr std::string_view dspNotes
       "number (RAW) or its label; for a field of all bands a list with commas, or for one band FIELD@HZ:\n"
       "  aurisk dsp set X1-L inputMode ai0TC matrixGain 12\n"
       "  aurisk dsp set X1-L equalizerArray@1000 '-6 dB' --program 1\n"
+      "A PL3 hearing aid shows the settings of the program that is running, and no more.\n"
       "FILE is JSON, \"-\" standard output or input. A file of one hearing aid fits all with the same chip, that of a\n"
       "pair its left and its right one. Fields that are missing in it stay as they are. What was imported is read\n"
       "back and compared.";
@@ -292,7 +293,7 @@ const Row& rowOf(Command command)
         { Command::info, takeDevice, { { "[DEVICE]" } } },
         { Command::program, takeProgram, { { "[DEVICE]", "set [DEVICE] P" }, "P counts from 0." } },
         { Command::volume, takeVolume, { { "[DEVICE]", "set [DEVICE] V" }, "V is 0 to 15." } },
-        { Command::mute, takeMute, { { "[DEVICE] on|off" }, "Hearing aids do not tell whether they are muted." } },
+        { Command::mute, takeMute, { { "[DEVICE] on|off" }, "Most hearing aids do not tell whether they are muted." } },
         { Command::transparency, takeLevel, { { "[DEVICE]", "set [DEVICE] L" }, "L is 0 to 255." } },
         { Command::bredr, takeBrEdr, { { "[DEVICE]", "[DEVICE] on|off" } } },
         { Command::battery, takeDevice, { { "[DEVICE]" } } },
