@@ -170,6 +170,28 @@ TEST_F(PL3Commands, ShowWhatWearersDo)
             "P3-L  program 2 (was 0)", "P3-L  battery 79 %", "P3-L  mute on", "P3-L  disconnected"));
 }
 
+TEST_F(PL3Commands, MissNothingThatAWearerDoesWhileTheStateIsRead)
+{
+    for (const std::string name : { "P3-L", "X1-L" })
+        for (double when = 0.05; when < 0.8; when += 0.005) {
+            wearer(name, "volume 6");
+            begin("monitor " + name + " --duration 3 --json");
+            after(when);
+            wearer(name, "volume 9");
+            after(1);
+            wearer(name, "volume 7");
+            EXPECT_EQ(end(), ExitCode::done) << when;
+            std::vector<int> told;
+            for (const auto& object : objects())
+                if (object.contains("volume")) {
+                    told.push_back(object["volume"]);
+                    const bool isFirst = told.size() == 1;
+                    EXPECT_TRUE(isFirst || object["previous"] == told[told.size() - 2]) << sink.output.back();
+                }
+            EXPECT_THAT(told, testing::AnyOf(ElementsAre(6, 9, 7), ElementsAre(9, 7))) << name << ' ' << when;
+        }
+}
+
 TEST_F(PL3Commands, SendAFrameAndExplainTheAnswer)
 {
     EXPECT_EQ(aurisk("raw P3-L 7e000183"), ExitCode::done);
