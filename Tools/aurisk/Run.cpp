@@ -142,7 +142,8 @@ try {
     if (pl3 && _plan.playPL3)
         return _plan.checkPL3 ? _plan.checkPL3(*pl3) : std::nullopt;
     return Failure{ .sentence = pl3
-            ? fmt::format("aurisk {} does not work with {}, which is a PL3 hearing aid", wordsOf(_options), device.name())
+            ? fmt::format(
+                "aurisk {} does not work with {}, which is a PL3 hearing aid", wordsOf(_options), device.name())
             : fmt::format("{} is a {}, to which this tool cannot speak", device.name(), device.className()),
         .name = device.name() };
 } catch (const UsageError& error) {
