@@ -15,7 +15,7 @@ struct HdlcFrame {
     std::uint8_t command = 0; ///< with the bit 0x80 in a host's reads, and in what answers them
     Data payload = {}; ///< at most 65535 bytes
 
-    /// The frame as one notification. A host cannot take one without a payload.
+    /// The frame as one notification.
     Data notified() const;
 };
 

@@ -155,6 +155,38 @@ TEST_F(PL3, ThatGoesAwayLeavesWhatWaitsToTheTimeOutsAndAnswersTheNextConnection)
     EXPECT_THAT(app->take(), ElementsAre("updated read volumeLevel", "read volumeLevel => volumeLevel 06"));
 }
 
+/// The application lets go of everything, disconnects or asks on inside each callback in turn; the sanitizers see to
+/// the rest.
+TEST_F(PL3, CompletesItsRequestsWhateverTheApplicationDoesInsideACallback)
+{
+    enum class Does { letsGo, disconnects, asksOn };
+    for (int which = 1; which <= 6; ++which)
+        for (const auto does : { Does::letsGo, Does::disconnects, Does::asksOn }) {
+            simulator = Simulator::create(world());
+            manager = AccessoryManager::create(simulator->platform());
+            manager->setScanningDelegate(app);
+            givenAConnectedAid();
+            whenRequesting(reading(Command::volumeLevel));
+            whenRequesting(writing(Command::bandEQs, Data(16, 0x7E)));
+            whenRequesting(writing(Command::volumeLevel, { 16 }));
+            wearer("battery 40");
+            int heard = 0, completed = 0;
+            app->onLine = [&](const std::string& line) {
+                completed += line.find(" => ") != line.npos ? 1 : 0;
+                if (++heard != which)
+                    return;
+                switch (does) {
+                case Does::letsGo: manager.reset(), accessory.reset(); break;
+                case Does::disconnects: accessory->disconnect(); break;
+                case Does::asksOn: whenRequesting(reading(Command::program)); break;
+                }
+            };
+            after(20s);
+            EXPECT_EQ(completed, does == Does::asksOn ? 4 : 3) << which;
+            app->onLine = {};
+        }
+}
+
 TEST_F(PL3, WhoseAdvertisementIsTooShortIsDroppedAndTheScanGoesOn)
 {
     const auto contained = std::make_shared<StubPeripheral>(std::uint8_t(1), "P3-R");

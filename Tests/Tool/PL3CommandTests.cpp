@@ -134,19 +134,51 @@ TEST_F(PL3Commands, ShowTheSettingsOfTheRunningProgram)
         ElementsAre("aurisk: P3-L tells the settings of the program that is running alone, and that is 1 "
                     "(aurisk program set P3-L 2 switches)"));
 
-    // Whenever the wearer switches, all that is shown is of one program.
-    for (double when = 0.05; when < 1.5; when += 0.01) {
-        pl3("P3-L").setState(state);
-        begin("dsp show P3-L --json");
-        after(when);
-        wearer("P3-L", "program 0");
-        EXPECT_EQ(end(), ExitCode::done) << when;
-        const auto shown = objects().front();
-        const bool isFirst = shown["program"] == 0;
-        EXPECT_EQ(shown["bandEQ"]["eq7500"] != 125, isFirst) << when;
-        EXPECT_EQ(shown["mpoConfig"]["ch1"] != 16, isFirst) << when;
-        EXPECT_EQ(shown["inputSetting"]["mpoRelease"] != 7, isFirst) << when;
+    // Whenever the wearer switches, and back again, all that is shown is of one program.
+    for (const double span : { 0.1, 0.2, 0.35, 5.0 })
+        for (double when = 0.05; when < 1.5; when += 0.01) {
+            pl3("P3-L").setState(state);
+            begin("dsp show P3-L --json");
+            after(when);
+            wearer("P3-L", "program 0");
+            after(span);
+            wearer("P3-L", "program 1");
+            EXPECT_EQ(end(), ExitCode::done) << when;
+            const auto shown = objects().front();
+            const bool isFirst = shown["program"] == 0;
+            EXPECT_EQ(shown["bandEQ"]["eq7500"] != 125, isFirst) << when;
+            EXPECT_EQ(shown["compRatio"]["ch1"] != 35, isFirst) << when;
+            EXPECT_EQ(shown["compTime"]["ch1"] != 0, isFirst) << when;
+            EXPECT_EQ(shown["compThreshold"]["ch1"] != 31, isFirst) << when;
+            EXPECT_EQ(shown["mpoConfig"]["ch1"] != 16, isFirst) << when;
+            EXPECT_EQ(shown["inputSetting"]["mpoRelease"] != 7, isFirst) << when;
+        }
+}
+
+TEST_F(PL3Commands, GiveSettingsUpThatCannotBeReadWhole)
+{
+    const auto switched = "aurisk: P3-L was switched to program 1 while its settings were read";
+    begin("dsp show P3-L --program 0");
+    after(0.6);
+    wearer("P3-L", "program 1");
+    EXPECT_EQ(end(), ExitCode::failed);
+    EXPECT_THAT(sink.errors, ElementsAre(switched));
+
+    wearer("P3-L", "program 0");
+    begin("dsp show P3-L");
+    for (int i = 1; i <= 3; ++i) { // in each attempt
+        after(0.6);
+        wearer("P3-L", "program " + std::to_string(i % 2));
     }
+    EXPECT_EQ(end(), ExitCode::failed);
+    EXPECT_THAT(sink.errors, ElementsAre(switched));
+
+    auto state = pl3("P3-L").state();
+    state.programs[1].bandEQs = Data(16, 0x7D);
+    pl3("P3-L").setState(state);
+    simulator->world().placed("P3-L").mtu = 23; // too short for a frame with so many escapes
+    EXPECT_EQ(aurisk("dsp show P3-L"), ExitCode::failed);
+    EXPECT_THAT(sink.errors, ElementsAre("aurisk: P3-L told 8 of the 16 bytes of its bandEQs"));
 }
 
 TEST_F(PL3Commands, WaitForTheirAnswerWhateverTheWearerDoesMeanwhile)
@@ -178,6 +210,28 @@ TEST_F(PL3Commands, ShowWhatWearersDo)
     EXPECT_THAT(events,
         ElementsAre("P3-L  connected, program 0, volume 6, battery 80 %", "P3-L  volume 9 (was 6)",
             "P3-L  program 2 (was 0)", "P3-L  battery 79 %", "P3-L  mute on", "P3-L  disconnected"));
+}
+
+TEST_F(PL3Commands, MissNothingThatAWearerDoesWhileTheStateIsRead)
+{
+    for (const std::string name : { "P3-L", "X1-L" })
+        for (double when = 0.05; when < 0.8; when += 0.005) {
+            wearer(name, "volume 6");
+            begin("monitor " + name + " --duration 3 --json");
+            after(when);
+            wearer(name, "volume 9");
+            after(1);
+            wearer(name, "volume 7");
+            EXPECT_EQ(end(), ExitCode::done) << when;
+            std::vector<int> told;
+            for (const auto& object : objects())
+                if (object.contains("volume")) {
+                    told.push_back(object["volume"]);
+                    const bool isFirst = told.size() == 1;
+                    EXPECT_TRUE(isFirst || object["previous"] == told[told.size() - 2]) << sink.output.back();
+                }
+            EXPECT_THAT(told, testing::AnyOf(ElementsAre(6, 9, 7), ElementsAre(9, 7))) << name << ' ' << when;
+        }
 }
 
 TEST_F(PL3Commands, SendAFrameAndExplainTheAnswer)

@@ -39,10 +39,7 @@ Fields advertisedFields(const Accessory& accessory, std::optional<int> rssi)
         fields.push_back(caseField("orientation", "ear", pl3->orientation()));
         fields.push_back({ .label = "chip", .text = "PL3" });
         fields.push_back(text("modelName", "model", pl3->modelName()));
-        fields.push_back({ .key = "manufacturerId",
-            .value = pl3->manufacturerId(),
-            .label = "manufacturer",
-            .text = std::to_string(pl3->manufacturerId()) });
+        fields.push_back(numberField("manufacturerId", "manufacturer", pl3->manufacturerId(), ""));
     }
     const auto* aurisk = dynamic_cast<const AuriskAccessory*>(&accessory);
     if (!aurisk)

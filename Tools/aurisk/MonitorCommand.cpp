@@ -65,20 +65,21 @@ void listen(Session& session, Fields fields, Session::Events events)
 void play(Session& session)
 {
     session.request(AuriskRequest::readProgramVolume{}, [](Session& self, const auto&) {
-        const Fields fields = { programField(self.device().program()), volumeField(self.device().volume()) };
+        const auto begin = [](Session& again, std::optional<int> bat) {
+            Fields fields = { programField(again.device().program()), volumeField(again.device().volume()) };
+            if (bat)
+                fields.push_back(batteryField(bat));
+            listen(again, fields, events());
+        };
         if (!self.device().batteryService())
-            return listen(self, fields, events());
-        self.readBattery([fields](Session& again, int bat) {
-            auto all = fields;
-            all.push_back(batteryField(bat));
-            listen(again, all, events());
-        });
+            return begin(self, std::nullopt);
+        self.readBattery(begin);
     });
 }
 
 // The PL3 family
 
-/// The number that such a device notified last, by what it is about.
+/// The last one of each number whose changes say what it was.
 using Known = std::map<PL3Command, int>;
 
 /// How an event that is a number is called and shown; none for any other.
@@ -105,30 +106,27 @@ void tellNotified(Session& session, Known& known, const PL3Response& event)
         return tellEvent(session, name, { { .key = "data", .value = data, .label = name, .text = data } });
     }
     const auto& [name, field] = *shown;
-    const int number = event.data.front();
-    const int previous = known.try_emplace(event.command, number).first->second;
-    known[event.command] = number;
-    const bool tellsPrevious = event.command == PL3Command::program || event.command == PL3Command::volumeLevel;
-    tellEvent(session, name, tellsPrevious ? changed(field, previous) : Fields{ field });
+    const auto previous = known.find(event.command);
+    if (previous == known.end())
+        return tellEvent(session, name, { field });
+    tellEvent(session, name, changed(field, std::exchange(previous->second, event.data.front())));
 }
 
+/// Reads the state, too. The wearer may act meanwhile, which the accessory hears.
 void playPL3(Session& session)
 {
-    const auto known = std::make_shared<Known>();
-    const auto asksFor = [known](PL3Command command) -> Step {
-        return [=](Session& self, const Session::Then& then) {
-            readNumber(self, command, [=](Session& again, int number) {
-                (*known)[command] = number;
-                then(again);
-            });
+    const auto reads = [](PL3Command command) -> Step {
+        return [command](Session& self, const Session::Then& then) {
+            readNumber(self, command, [then](Session& again, int) { then(again); });
         };
     };
-    inTurn(session,
-        { asksFor(PL3Command::program), asksFor(PL3Command::volumeLevel), asksFor(PL3Command::batteryLevel) },
-        [known](Session& self) {
+    inTurn(session, { reads(PL3Command::program), reads(PL3Command::volumeLevel), reads(PL3Command::batteryLevel) },
+        [](Session& self) {
+            const auto& device = self.pl3();
+            const auto known = std::make_shared<Known>(
+                Known{ { PL3Command::program, device.program() }, { PL3Command::volumeLevel, device.volume() } });
             listen(self,
-                { programField(known->at(PL3Command::program)), volumeField(known->at(PL3Command::volumeLevel)),
-                    batteryField(known->at(PL3Command::batteryLevel)) },
+                { programField(device.program()), volumeField(device.volume()), batteryField(device.battery()) },
                 { .notified = [known](Session& again, const PL3Response& event) { tellNotified(again, *known, event); },
                     .disconnected = tellDisconnection });
         });

@@ -75,40 +75,41 @@ void show(Session& session, const Settings& settings)
     session.finish();
 }
 
-template <typename Block> Step reads(PL3Command command, const Shared& settings, Block Settings::*block)
+void readBlocks(Session& session, int program, int attempt);
+
+/// The wearer has switched the program: what has been read so far is of another one.
+void readAnew(Session& session, int program, int attempt)
 {
-    return [=](Session& session, const Session::Then& then) {
-        session.read(command, [=](Session& self, const Data& answer) {
-            if (answer.size() < pl3BlockSize)
-                return self.fail(fmt::format("{} told {} of the {} bytes of its {}", self.name(), answer.size(),
-                    pl3BlockSize, caseName(command)));
-            settings.get()->*block = Block(answer);
-            then(self);
-        });
-    };
+    constexpr int often = 3;
+    if (session.options().program || attempt == often)
+        return session.fail(
+            fmt::format("{} was switched to program {} while its settings were read", session.name(), program));
+    readBlocks(session, program, attempt + 1);
 }
 
-/// The wearer may switch the program meanwhile: then what has been read is of two, and is read once more.
 void readBlocks(Session& session, int program, int attempt)
 {
     const auto settings = std::make_shared<Settings>(Settings{ .program = program });
+    const auto reads = [=]<typename Block>(PL3Command command, Block Settings::*block) -> Step {
+        return [=](Session& asking, const Session::Then& then) {
+            asking.read(command, [=](Session& self, const Data& answer) {
+                if (answer.size() < pl3BlockSize)
+                    return self.fail(fmt::format("{} told {} of the {} bytes of its {}", self.name(), answer.size(),
+                        pl3BlockSize, caseName(command)));
+                if (const int running = self.pl3().program(); running != program)
+                    return readAnew(self, running, attempt);
+                settings.get()->*block = Block(answer);
+                then(self);
+            });
+        };
+    };
     inTurn(session,
-        { reads(PL3Command::bandEQs, settings, &Settings::bandEQ),
-            reads(PL3Command::compRatios, settings, &Settings::compRatio),
-            reads(PL3Command::compTimes, settings, &Settings::compTime),
-            reads(PL3Command::compThreshold, settings, &Settings::compThreshold),
-            reads(PL3Command::mpoConfig, settings, &Settings::mpoConfig),
-            reads(PL3Command::inputSettings, settings, &Settings::inputSetting) },
-        [=](Session& self) {
-            constexpr int often = 3;
-            const int running = self.pl3().program();
-            if (running == settings->program)
-                return show(self, *settings);
-            if (self.options().program || attempt == often)
-                return self.fail(
-                    fmt::format("{} was switched to program {} while its settings were read", self.name(), running));
-            readBlocks(self, running, attempt + 1);
-        });
+        { reads(PL3Command::bandEQs, &Settings::bandEQ), reads(PL3Command::compRatios, &Settings::compRatio),
+            reads(PL3Command::compTimes, &Settings::compTime),
+            reads(PL3Command::compThreshold, &Settings::compThreshold),
+            reads(PL3Command::mpoConfig, &Settings::mpoConfig),
+            reads(PL3Command::inputSettings, &Settings::inputSetting) },
+        [settings](Session& self) { show(self, *settings); });
 }
 
 } // namespace

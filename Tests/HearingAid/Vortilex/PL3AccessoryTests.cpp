@@ -190,7 +190,9 @@ TEST_F(PL3AccessoryState, StaysAsItWasThroughAMalformedAdvertisement)
     setPreconditionPolicy(PreconditionPolicy::stop);
     EXPECT_EQ(one.orientation(), AccessoryOrientation::right);
     EXPECT_EQ(one.mfgData(), "C6 03 03 34 12 78 56"_bytes);
+    testing::internal::CaptureStdout();
     aid.advertises("C6 03 02 01 00 02 00"_bytes);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "2\n1\n"); // model and manufacturer, deliberately
     EXPECT_EQ(one.orientation(), AccessoryOrientation::left);
     EXPECT_EQ(one.manufacturerId(), 1);
     EXPECT_EQ(one.modelName(), "2");

@@ -267,6 +267,15 @@ TEST_F(PL3Service, ForgetsALostConfirmationAfter30Seconds)
     confirmed();
     after(0s);
     EXPECT_THAT(take(), ElementsAre("60300 finished program", "60300 => program 03"));
+
+    write(PL3Command::program, "04"_bytes); // sent at 60.4 s, and never confirmed
+    after(29.9s);
+    take();
+    write(PL3Command::program, "05"_bytes);
+    after(0.3s);
+    confirmed(); // by now the lost one is forgotten
+    after(0s);
+    EXPECT_THAT(take(), ElementsAre("90500 finished program", "90500 => program 05"));
 }
 
 TEST_F(PL3Service, GivesUpThreeSecondsAfterASending)

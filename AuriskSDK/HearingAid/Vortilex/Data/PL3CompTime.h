@@ -6,8 +6,7 @@
 
 namespace aurisk {
 
-/// The time constants of the compression in each channel, as an index into
-/// `CTRL_TIME_CONSTANTS`.
+/// The time constants of the compression in each channel, as an index into `CTRL_TIME_CONSTANTS`.
 struct PL3CompTime : PL3Channels {
     static constexpr auto CTRL_TIME_CONSTANTS = std::to_array<std::string_view>({ "B:3,120", "B:3,300", "B:3,800",
         "B:50,300; F:3,50", "B:100,800; F:3,100", "B:100,2000; F:3,100", "B:400,15000; F:3,100; R:12 dB,600",
