@@ -253,6 +253,7 @@ TEST_F(PL3Commands, SayInOneSentenceWhatCannotBeDone)
             ExitCode::usage },
         { "program set P3-L 3", "P3-L refused to set its program to 3 (aurisk info tells which programs it has)" },
         { "raw P3-L 7e000185", "P3-L did not answer within 3 s when asked to tell its burnLiveSettings" },
+        { "raw P3-L 7e00028300", "P3-L did not answer within 3 s when asked to tell its battery level" },
         { "raw X1-L 7e000183", "X1-L did not do what the frame asks for: other(message: \"parse error\")" },
     };
     for (const auto& [commandLine, sentence, expected] : cases) {
