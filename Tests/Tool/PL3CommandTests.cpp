@@ -279,6 +279,7 @@ TEST_F(PL3Commands, SayInOneSentenceWhatCannotBeDone)
             ExitCode::usage },
         { "program set P3-L 3", "P3-L refused to set its program to 3 (aurisk info tells which programs it has)" },
         { "raw P3-L 7e000185", "P3-L did not answer within 3 s when asked to tell its burnLiveSettings" },
+        { "raw P3-L 7e00028300", "P3-L did not answer within 3 s when asked to tell its battery level" },
         { "raw X1-L 7e000183", "frame: it is one for PL3 hearing aids, and X1-L is none", ExitCode::usage },
     };
     for (const auto& [commandLine, sentence, expected] : cases) {
