@@ -1,12 +1,13 @@
 #include "Listener.h"
 
 #include <Simulator/Simulator.h>
+#include <algorithm>
 #include <iostream>
 
 using namespace aurisk;
 
 /// Gives the right one of a pair of PL3 hearing aids a stronger compression in its lowest channel, then reads how both
-/// are set and says where they differ.
+/// compress and says where they differ.
 class Comparing {
 public:
     void begin(const std::shared_ptr<AccessoryManager>& manager)
@@ -37,13 +38,14 @@ private:
     static void read(const std::shared_ptr<PL3Accessory>& aid, std::function<void()> then)
     {
         const auto ask = [](PL3Command command) { return PL3Request{ .command = command, .read = true }; };
-        aid->request({ ask(PL3Command::program), ask(PL3Command::compRatios), ask(PL3Command::compThreshold) }, then);
+        aid->request({ ask(PL3Command::program), ask(PL3Command::compRatios) }, then);
     }
 
     void change()
     {
         auto ratios = settings(_right->compRatio(), *_right);
-        ratios.ch1 += 4;
+        ratios.ch1
+            = static_cast<std::uint8_t>(std::min<std::size_t>(ratios.ch1 + 4u, PL3CompRatio::CX_RATIO.size() - 1));
         _right->request(
             { .command = PL3Command::compRatios, .data = ratios.toData() }, [this](const PL3Result& result) {
                 if (!result.isSuccess())
@@ -54,14 +56,20 @@ private:
 
     void compare()
     {
-        _isDone = _left->compThreshold() == _right->compThreshold() && _left->compRatio() != _right->compRatio();
+        _isDone = _left->compRatio() != _right->compRatio();
         const auto left = settings(_left->compRatio(), *_left).toData();
         const auto right = settings(_right->compRatio(), *_right).toData();
         for (std::size_t i = 0; i < left.size(); ++i)
             if (left[i] != right[i])
-                std::cout << "channel " << i + 1 << " compresses by " << PL3CompRatio::description(left[i])
-                          << " on the left and " << PL3CompRatio::description(right[i]) << " on the right\n";
-        end("everything else is the same");
+                std::cout << "channel " << i + 1 << " compresses by " << inWords(left[i]) << " on the left and "
+                          << inWords(right[i]) << " on the right\n";
+        end("all other ratios are the same");
+    }
+
+    /// A device may hold what the table has no text for; to ask for that would stop the program.
+    static std::string inWords(std::uint8_t ratio)
+    {
+        return ratio < PL3CompRatio::CX_RATIO.size() ? std::string(PL3CompRatio::description(ratio)) : "unknown";
     }
 
     /// What is known of the running program; the defaults where nothing is.

@@ -105,7 +105,7 @@ AuriskRawData frame(const Data& given)
 
 PL3Request pl3Request(const Data& given)
 {
-    CHDLC heard, right;
+    CHDLC heard, expected;
     heard.parse(given);
     const auto command = fromRawValue<PL3Command>(heard.rcvdCommand());
     const auto& payload = heard.rcvdPayload();
@@ -113,13 +113,14 @@ PL3Request pl3Request(const Data& given)
         refuse("frame: PL3 hearing aids take 7E, the length in two bytes, the command and at most {} bytes of payload",
             CHDLC::longestPayload);
     for (const bool read : { false, true }) {
-        right.create(heard.rcvdCommand(), payload, read);
-        if (right.getHDLCAll() != given)
+        expected.create(heard.rcvdCommand(), payload, read);
+        if (expected.getHDLCAll() != given)
             continue;
         if (!command || command == PL3Command::unknown)
             refuse("frame: {:02x} is no command of PL3 hearing aids, which are 00 to 13", heard.rcvdCommand());
         if (payload.empty() && !read)
-            refuse("frame: it writes, and has nothing to write ({:02x} reads)", right.sentCommand() | CHDLC::kReadFlag);
+            refuse(
+                "frame: it writes, and has nothing to write ({:02x} reads)", expected.sentCommand() | CHDLC::kReadFlag);
         return { .command = *command, .data = payload.empty() ? std::nullopt : std::optional(payload), .read = read };
     }
     refuse("frame: its length does not count command and payload, or a 7D or 7E in it is not escaped");

@@ -11,9 +11,10 @@ namespace aurisk {
 std::shared_ptr<PL3Accessory> PL3Accessory::create(
     std::shared_ptr<CBPeripheral> peripheral, DataView mfgData, std::weak_ptr<AccessoryManager> manager)
 {
-    auto made = std::make_shared<PL3Accessory>(Key{}, peripheral, mfgData, std::move(manager));
+    const PL3ManuData manuData(mfgData);
+    auto made = std::make_shared<PL3Accessory>(Key{}, std::move(peripheral), mfgData, std::move(manager));
     made->setTag("PL3 Accessory");
-    made->updateManufacturerData(std::move(peripheral), mfgData);
+    made->take(manuData);
     return made;
 }
 
@@ -28,10 +29,15 @@ void PL3Accessory::updateManufacturerData(std::shared_ptr<CBPeripheral> peripher
     if (!manuData)
         return;
     Accessory::updateManufacturerData(std::move(peripheral), mfgData);
-    _orientation = manuData->orientation;
-    _modelName = manuData->modelName;
+    take(*manuData);
+}
+
+void PL3Accessory::take(const PL3ManuData& manuData)
+{
+    _orientation = manuData.orientation;
+    _modelName = manuData.modelName;
     printLine(_modelName);
-    _manufacturerId = manuData->manufacturerId;
+    _manufacturerId = manuData.manufacturerId;
     printLine(std::to_string(_manufacturerId));
 }
 

@@ -18,6 +18,7 @@
 namespace aurisk {
 
 class PL3Accessory;
+struct PL3ManuData;
 
 /// Hears what one PL3 hearing aid says. Called on the main queue.
 class PL3AccessoryDelegate {
@@ -70,9 +71,9 @@ public:
     const std::shared_ptr<PL3DataService>& dataService() const { return _dataService; }
 
     /// Sends one request; requests are sent one after another. `complete`, which may be empty, is called once with the
-    /// outcome: at once with `unknown` where the accessory is not connected or its service not known yet, with
-    /// `timeout` where neither answer nor confirmation comes within 3 s of the sending. PL3DataService::request says
-    /// the rest.
+    /// outcome: at once with `unknown` where the accessory is not connected, or its services have never been
+    /// discovered; with `timeout` where neither answer nor confirmation comes within 3 s of the sending, or where a
+    /// later connection has not discovered them yet. PL3DataService::request says the rest.
     void request(const PL3Request& request, Complete complete = {});
 
     /// Sends all `requests`, and calls `complete` once when every one has completed, successfully or not.
@@ -92,6 +93,7 @@ protected:
 
 private:
     std::shared_ptr<PL3Accessory> self();
+    void take(const PL3ManuData& manuData);
     void keep(PL3Command command, DataView data);
 
     int _manufacturerId = 0;

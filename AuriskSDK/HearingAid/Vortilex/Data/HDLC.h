@@ -65,7 +65,7 @@ public:
     std::uint8_t rcvdPayloadLengthHigh() const { return highByte(_lengthRcvd); }
     std::uint8_t rcvdPayloadLengthLow() const { return lowByte(_lengthRcvd); } ///< above 255 a broken precondition
 
-    /// "{0:x2}" once for each byte, deliberately: what is known as the log form of these frames.
+    /// "{0:x2}" once for each byte, deliberately: so it has always been.
     std::string getSentDataString() const;
     std::string getRcvdDataString() const;
 
