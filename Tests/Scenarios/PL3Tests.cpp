@@ -2,6 +2,7 @@
 
 #include "AuriskSDK/Shared/Utils/PreconditionPolicy.h"
 #include "Tests/Support/AuriskScenario.h"
+#include "Tests/Support/PL3Cache.h"
 #include "Tests/Support/StubPeripheral.h"
 
 namespace aurisk::tests {
@@ -250,10 +251,7 @@ public:
         if (isFaithful) {
             EXPECT_THAT(falseSuccesses, IsEmpty());
         }
-        EXPECT_EQ(accessory->volume(), volume);
-        EXPECT_EQ(accessory->program(), program);
-        EXPECT_EQ(accessory->battery(), battery);
-        EXPECT_EQ(blocks(), known);
+        EXPECT_TRUE(PL3Cache::of(*accessory) == known);
     }
 
     void expectTheNextConnectionToWork()
@@ -269,8 +267,6 @@ public:
     }
 
 private:
-    using Blocks = std::map<std::pair<std::string, int>, Data>;
-
     void ask(const PL3Request& request)
     {
         const auto number = asked++;
@@ -280,7 +276,7 @@ private:
             isSubscribed |= result.isSuccess() || *result.error() == PL3Error::timeout;
             if (!result.isSuccess())
                 return;
-            keep(inShort(result.data()->command, result.data()->data)); // once more: the accessory has it by now
+            known.keep(rawValue(result.data()->command), result.data()->data);
             const bool isVolume = !request.read && request.command == Command::volumeLevel;
             if (isVolume && aid().state().volume != request.data->front())
                 falseSuccesses.push_back(inShort(request));
@@ -290,49 +286,18 @@ private:
     /// What is known follows from what was told, in the order of telling: news, and the outcomes of requests.
     void follow(const std::string& line)
     {
+        const auto words = line.substr(line.find(' ') + 1);
+        const auto blank = words.find(' ');
         if (line.starts_with("news "))
-            keep(line.substr(5));
-    }
-
-    void keep(const std::string& told)
-    {
-        const auto blank = told.find(' ');
-        const auto what = told.substr(0, blank);
-        const auto data = ask_hexadecimal(told.substr(blank + 1)).value_or(Data{});
-        const int first = data.empty() ? 0 : data.front();
-        if (what == "volumeLevel")
-            volume = first;
-        else if (what == "program")
-            program = first;
-        else if (what == "batteryLevel")
-            battery = first;
-        else if (what == "bandEQs" || what == "mpoConfig" || what == "inputSettings" || what == "compTimes") {
-            auto& block = known[{ what, program }];
-            block = data;
-            block.resize(16);
-        }
-    }
-
-    Blocks blocks() const
-    {
-        Blocks all;
-        const auto add = [&](const std::string& name, const auto& map) {
-            for (const auto& [of, block] : map)
-                all[{ name, of }] = block.toData();
-        };
-        add("bandEQs", accessory->bandEQ());
-        add("mpoConfig", accessory->mpoConfig());
-        add("inputSettings", accessory->inputSetting());
-        add("compTimes", accessory->compTime());
-        return all;
+            known.keep(rawValue(fromCaseName<Command>(words.substr(0, blank)).value()),
+                ask_hexadecimal(words.substr(blank + 1)).value_or(Data{}));
     }
 
     int asked = 0, completedTwice = 0;
     bool isSubscribed = false; ///< if not, what waits for the subscription waits for ever
     std::set<int> open;
     Lines falseSuccesses;
-    int volume = 0, program = 0, battery = 0;
-    Blocks known;
+    PL3Cache known;
 };
 
 class PL3FaultAtEveryMessage : public testing::TestWithParam<NamedFault> { };
