@@ -500,9 +500,15 @@ void BlueZPeripheral::writeValue(
         else if (error)
             AuriskLog::log(error->localizedDescription);
     };
-    if (problem)
-        return DispatchQueue::main().async(
-            inThisConnection([told, problem](BlueZPeripheral& self) { told(self, problem); }));
+    if (problem) // which is told in its turn
+        return enqueue([told, problem](BlueZPeripheral& self) {
+            DispatchQueue::main().async(self.inThisConnection([told, problem](BlueZPeripheral& me) {
+                const auto connection = me._connection;
+                told(me, problem);
+                if (me._connection == connection)
+                    me.operationDidEnd();
+            }));
+        });
 
     const BusDictionary options{ { "type", isAnswered ? "request" : "command" } };
     enqueue([one, told, options, bytes = Data(value.begin(), value.end())](BlueZPeripheral& self) {
