@@ -35,9 +35,9 @@ public:
 /// that is not bonded uses addresses that change. Its name is the one that the daemon knows; where the device holds
 /// another one than it advertises, it changes at the first connection.
 ///
-/// A device that is connected already, by an earlier run or another program, is reported at the start of a scan, without
-/// an RSSI; connecting to it takes the link over. Connections are made one at a time, and the scan pauses meanwhile.
-/// Disconnecting takes the daemon two seconds.
+/// A device that is connected already, by an earlier run or another program, is reported at the start of a scan,
+/// without an RSSI; connecting to it takes the link over. Connections are made one at a time, and the scan pauses
+/// meanwhile. Disconnecting takes the daemon two seconds.
 ///
 /// Errors have the daemon's name for them as their domain, or "bluez".
 std::shared_ptr<Platform> makePlatform(PlatformOptions options = {});

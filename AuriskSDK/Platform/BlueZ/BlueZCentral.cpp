@@ -23,8 +23,7 @@ std::shared_ptr<BlueZCentral> BlueZCentral::create(
     return central;
 }
 
-BlueZCentral::BlueZCentral(
-    Key, std::shared_ptr<BlueZRadio> radio, std::weak_ptr<CBCentralManagerDelegate> delegate)
+BlueZCentral::BlueZCentral(Key, std::shared_ptr<BlueZRadio> radio, std::weak_ptr<CBCentralManagerDelegate> delegate)
     : _radio(std::move(radio))
     , _delegate(std::move(delegate))
 {
@@ -109,16 +108,15 @@ void BlueZCentral::report(const std::string& devicePath, std::optional<int> rssi
     if (!peripheral)
         return;
     CBAdvertisementData advertisement{ .localName = peripheral->name() };
-    const auto* companies
-        = _radio->objects().property<CompanyData>(devicePath, interface::device, "ManufacturerData");
+    const auto* companies = _radio->objects().property<CompanyData>(devicePath, interface::device, "ManufacturerData");
     if (companies && !companies->empty()) {
         const auto& [company, data] = *companies->begin();
         Data whole = { std::uint8_t(company & 0xFF), std::uint8_t(company >> 8) };
         whole.insert(whole.end(), data.begin(), data.end());
         advertisement.manufacturerData = std::move(whole);
     }
-    tell(&CBCentralManagerDelegate::centralManagerDidDiscover, std::shared_ptr<CBPeripheral>(peripheral),
-        advertisement, rssi);
+    tell(&CBCentralManagerDelegate::centralManagerDidDiscover, std::shared_ptr<CBPeripheral>(peripheral), advertisement,
+        rssi);
 }
 
 std::shared_ptr<BlueZPeripheral> BlueZCentral::knownAt(const std::string& devicePath) const
@@ -167,20 +165,14 @@ std::shared_ptr<BlueZPeripheral> BlueZCentral::mine(const std::shared_ptr<CBPeri
     return nullptr;
 }
 
-void BlueZCentral::deviceDidChange(const std::string& devicePath)
+void BlueZCentral::linkDidGo(const std::string& devicePath)
 {
-    const auto& objects = _radio->objects();
-    const bool isKnown = objects.propertiesOf(devicePath, interface::device) != nullptr;
-    if (!isKnown)
+    if (!_radio->objects().propertiesOf(devicePath, interface::device))
         _reported.erase(devicePath);
-    const auto peripheral = knownAt(devicePath);
-    if (!peripheral) {
+    if (const auto peripheral = knownAt(devicePath))
+        peripheral->linkDidGo(bluezError(ErrorCode::linkLost, "The link to " + peripheral->label() + " was lost."));
+    else
         _peripherals.erase(devicePath);
-        return;
-    }
-    if (!isKnown || !objects.isTrue(devicePath, interface::device, "Connected"))
-        peripheral->linkDidGo(
-            bluezError(ErrorCode::linkLost, "The link to " + peripheral->label() + " was lost."));
 }
 
 void BlueZCentral::valueDidChange(const std::string& devicePath, const std::string& path, const Data& value)

@@ -33,7 +33,8 @@ public:
     bool isScanning() const { return _isScanning; }
     void radioIs(CBManagerState state);
     void didHear(const std::string& devicePath);
-    void deviceDidChange(const std::string& devicePath);
+    /// The device is not connected any more, or not even known.
+    void linkDidGo(const std::string& devicePath);
     void valueDidChange(const std::string& devicePath, const std::string& path, const Data& value);
     void batteryDidChange(const std::string& devicePath);
 

@@ -35,6 +35,7 @@ enum class ConnectFailure {
     busy, ///< somebody else's attempt is under way: try again later
     full, ///< the adapter has no free connection: try again much later
     connected, ///< there is a connection already, which is as good
+    confused, ///< the daemon is at odds with itself about the device: it may have to be made to forget it
     gone, ///< the daemon has forgotten the device: it has to be heard again
     final, ///< trying again would not help
 };

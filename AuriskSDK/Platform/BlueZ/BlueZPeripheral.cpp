@@ -260,8 +260,8 @@ void BlueZPeripheral::operationDidEnd()
     beginNext();
 }
 
-void BlueZPeripheral::callCharacteristic(const Characteristic& characteristic, const char* member,
-    BusValues arguments, std::function<void(BlueZPeripheral&, const BusReply&)> answered)
+void BlueZPeripheral::callCharacteristic(const Characteristic& characteristic, const char* member, BusValues arguments,
+    std::function<void(BlueZPeripheral&, const BusReply&)> answered)
 {
     objects().call(characteristic->path, interface::characteristic, member, std::move(arguments), operationLimit,
         inThisConnection([answered = std::move(answered)](BlueZPeripheral& self, const BusReply& reply) {
@@ -310,7 +310,8 @@ bool BlueZPeripheral::isBatteryLate() const
         return uuid && isBattery(*uuid);
     };
     const auto shown = objects().below(_path, interface::service);
-    return std::any_of(offered->begin(), offered->end(), isBattery) && std::none_of(shown.begin(), shown.end(), isShown);
+    return std::any_of(offered->begin(), offered->end(), isBattery)
+        && std::none_of(shown.begin(), shown.end(), isShown);
 }
 
 void BlueZPeripheral::makeServices()
@@ -394,8 +395,8 @@ void BlueZPeripheral::setNotifyValue(bool enabled, const std::shared_ptr<CBChara
     if (one->path.empty())
         return tellSoon(event, characteristic, MaybeError());
     enqueue([=](BlueZPeripheral& self) {
-        self.callCharacteristic(one, enabled ? "StartNotify" : "StopNotify", {},
-            [=](BlueZPeripheral& me, const BusReply& reply) {
+        self.callCharacteristic(
+            one, enabled ? "StartNotify" : "StopNotify", {}, [=](BlueZPeripheral& me, const BusReply& reply) {
                 const auto error = me.errorOf("subscribing to", *one, reply);
                 if (error)
                     one->isSubscribed = false;
@@ -512,9 +513,8 @@ void BlueZPeripheral::writeValue(
 
     const BusDictionary options{ { "type", isAnswered ? "request" : "command" } };
     enqueue([one, told, options, bytes = Data(value.begin(), value.end())](BlueZPeripheral& self) {
-        self.callCharacteristic(one, "WriteValue", { bytes, options }, [one, told](auto& me, const BusReply& reply) {
-            told(me, me.errorOf("writing to", *one, reply));
-        });
+        self.callCharacteristic(one, "WriteValue", { bytes, options },
+            [one, told](auto& me, const BusReply& reply) { told(me, me.errorOf("writing to", *one, reply)); });
     });
 }
 

@@ -97,7 +97,7 @@ CBManagerState BlueZRadio::stateNow() const
     if (adapter.empty())
         return CBManagerState::unsupported;
     return _objects->isTrue(adapter, interface::adapter, "Powered") ? CBManagerState::poweredOn
-                                                                     : CBManagerState::poweredOff;
+                                                                    : CBManagerState::poweredOff;
 }
 
 void BlueZRadio::update()
@@ -193,7 +193,7 @@ void BlueZRadio::didAppear(const std::string& path, const std::string& interface
     if (device.empty() || !device.starts_with(_adapter + "/"))
         return;
     if (interface == interface::device) {
-        _connector->deviceDidChange(device);
+        _connector->deviceDidAppear(device);
         if (_objects->property<std::int16_t>(device, interface::device, "RSSI"))
             didHear(device);
     } else if (interface == interface::battery) {
@@ -222,8 +222,10 @@ void BlueZRadio::didChange(const std::string& path, const std::string& interface
     } else if (interface == interface::device) {
         if (changed.contains("RSSI") || changed.contains("ManufacturerData"))
             didHear(device);
-        if (changed.contains("Connected") || changed.contains("ServicesResolved"))
-            deviceDidChange(device);
+        if (const auto* isResolved = find<bool>(changed, "ServicesResolved"); isResolved && *isResolved)
+            _connector->servicesDidResolve(device);
+        if (const auto* isConnected = find<bool>(changed, "Connected"); isConnected && !*isConnected)
+            linkDidGo(device);
     }
 }
 
@@ -232,7 +234,7 @@ void BlueZRadio::didVanish(const std::string& path, const std::string& interface
     if (interface == interface::adapter)
         return update();
     if (interface == interface::device && path.starts_with(_adapter + "/"))
-        deviceDidChange(path);
+        linkDidGo(path);
 }
 
 void BlueZRadio::didHear(const std::string& devicePath)
@@ -242,11 +244,11 @@ void BlueZRadio::didHear(const std::string& devicePath)
         central->didHear(devicePath);
 }
 
-void BlueZRadio::deviceDidChange(const std::string& devicePath)
+void BlueZRadio::linkDidGo(const std::string& devicePath)
 {
-    _connector->deviceDidChange(devicePath);
+    _connector->linkDidGo(devicePath);
     for (const auto& central : centrals())
-        central->deviceDidChange(devicePath);
+        central->linkDidGo(devicePath);
 }
 
 // What centrals do

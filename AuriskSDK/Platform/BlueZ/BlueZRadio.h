@@ -38,7 +38,8 @@ public:
     /// A central has begun to scan, or ended it.
     void scanDidChange();
 
-    /// What is connected, or tries to be, may want to be paired with, and is let go where the daemon forgets whose it is.
+    /// What is connected, or tries to be, may want to be paired with, and is let go where the daemon forgets whose it
+    /// is.
     void didOccupy(const std::string& devicePath);
     void didFree(const std::string& devicePath);
 
@@ -55,7 +56,7 @@ private:
     void become(CBManagerState state);
     void powerOn();
     void didHear(const std::string& devicePath);
-    void deviceDidChange(const std::string& devicePath);
+    void linkDidGo(const std::string& devicePath);
     BluetoothError whyLost() const;
 
     PlatformOptions _options;

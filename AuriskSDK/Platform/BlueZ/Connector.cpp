@@ -22,8 +22,9 @@ constexpr Seconds resolveLimit{ 15 }, adoptedResolveLimit{ 3 };
 constexpr Seconds settleTime{ 0.5 };
 
 constexpr Seconds disconnectLimit{ 10 };
-constexpr Seconds busyDelay{ 1 }, fullDelay{ 4 }, firstDelay{ 0.2 };
-constexpr int mostTries = 5; ///< of those that fail at once
+/// Between two tries: the delay doubles from the first to the longest.
+constexpr Seconds busyDelay{ 1 }, fullDelay{ 4 }, firstDelay{ 0.2 }, longestDelay{ 5 };
+constexpr int mostDoublings = 5;
 
 /// A delay of a length that nobody else will have chosen, so that two hosts do not meet again and again.
 Seconds jittered(Seconds delay)
@@ -119,8 +120,8 @@ void Connector::tryConnecting(Attempt& attempt)
     attempt.isAdopted = isDevice(attempt, "Connected");
     const auto remaining = attempt.deadline - DispatchQueue::main().now() + daemonLimit; // we give up before the bus
     _objects->call(attempt.client->devicePath(), interface::device, "Connect", {}, remaining,
-        inThisStep(attempt,
-            [](Connector& self, Attempt& first, const BusReply& reply) { self.didAnswer(first, reply); }));
+        inThisStep(
+            attempt, [](Connector& self, Attempt& first, const BusReply& reply) { self.didAnswer(first, reply); }));
     if (_attempts.size() > 1)
         after(slice, attempt, [](Connector& self, Attempt& first) { self.letOthers(first); });
 }
@@ -154,7 +155,7 @@ void Connector::resolve(Attempt& attempt)
     after(limit, attempt, [limit](Connector& self, Attempt& first) {
         const auto error = bluezError(ErrorCode::timedOut,
             fmt::format("{} did not tell its services within {:g} s.", first.client->label(), limit.count()));
-        self.stop(first, [&self, &first, error] { self.didFail(first, error, ConnectFailure::transient); });
+        self.stop(first, [&self, &first, error] { self.didFail(first, error, ConnectFailure::confused); });
     });
 }
 
@@ -177,8 +178,8 @@ void Connector::settleLater(Attempt& attempt)
 {
     after(settleTime, attempt, [](Connector& self, Attempt& first) {
         self._objects->refresh(self.inThisStep(first, [](Connector& me, Attempt& same) {
-            AuriskLog::log(fmt::format("{} {} services", same.client->label(),
-                me.hasServices(same) ? "was late with its" : "has no"));
+            AuriskLog::log(fmt::format(
+                "{} {} services", same.client->label(), me.hasServices(same) ? "was late with its" : "has no"));
             me.finish(same)->connectionIsMade();
         }));
     });
@@ -193,12 +194,30 @@ void Connector::didFail(Attempt& attempt, const BluetoothError& error, ConnectFa
     case ConnectFailure::busy: return backOff(attempt, busyDelay);
     case ConnectFailure::full: return backOff(attempt, fullDelay);
     case ConnectFailure::gone: return search(attempt);
+    case ConnectFailure::confused:
+        if (++attempt.strikes > 1 && forget(attempt))
+            return;
+        break;
     case ConnectFailure::connected:
     case ConnectFailure::transient: break;
     }
-    if (++attempt.tries >= mostTries)
-        return fail(attempt, error);
-    backOff(attempt, jittered(firstDelay * attempt.tries));
+    backOff(attempt, jittered(std::min(firstDelay * (1 << std::min(attempt.tries++, mostDoublings)), longestDelay)));
+}
+
+/// The daemon can be left with a link that it cannot use, or with services that it does not tell. It begins anew with a
+/// device that it has forgotten; one that is bonded it is not made to forget.
+bool Connector::forget(Attempt& attempt)
+{
+    const auto path = attempt.client->devicePath();
+    if (isDevice(attempt, "Paired") || isDevice(attempt, "Bonded"))
+        return false;
+    AuriskLog::log(fmt::format("{} is made forgotten, to begin anew", attempt.client->label()));
+    attempt.strikes = 0;
+    enter(attempt, Step::backingOff);
+    _objects->call(path.substr(0, path.rfind('/')), interface::adapter, "RemoveDevice", { ObjectPath{ path } },
+        daemonLimit,
+        inThisStep(attempt, [](Connector& self, Attempt& first, const BusReply&) { self.tryConnecting(first); }));
+    return true;
 }
 
 /// The next try has to wait for the end of a link that this one may have left behind.
@@ -245,23 +264,29 @@ void Connector::letOthers(Attempt& attempt)
     giveWay();
 }
 
-void Connector::deviceDidChange(const std::string& path)
+std::shared_ptr<Connector::Attempt> Connector::firstAt(const std::string& path) const
 {
-    if (_attempts.empty() || _attempts.front()->client->devicePath() != path)
-        return;
-    const auto first = _attempts.front();
-    auto& attempt = *first;
-    const auto isKnown = _objects->propertiesOf(path, interface::device) != nullptr;
-    if (attempt.step == Step::searching && isKnown)
-        return beginNext();
-    if (attempt.step != Step::resolving && attempt.step != Step::settling)
-        return;
-    if (!isDevice(attempt, "Connected"))
-        return didFail(attempt,
-            bluezError(ErrorCode::linkLost, "The link to " + attempt.client->label() + " was lost at once."),
-            isKnown ? ConnectFailure::transient : ConnectFailure::gone);
-    if (attempt.step == Step::resolving && isDevice(attempt, "ServicesResolved"))
-        settle(attempt);
+    return !_attempts.empty() && _attempts.front()->client->devicePath() == path ? _attempts.front() : nullptr;
+}
+
+void Connector::deviceDidAppear(const std::string& path)
+{
+    if (const auto attempt = firstAt(path); attempt && attempt->step == Step::searching)
+        beginNext();
+}
+
+void Connector::servicesDidResolve(const std::string& path)
+{
+    if (const auto attempt = firstAt(path); attempt && attempt->step == Step::resolving)
+        settle(*attempt);
+}
+
+void Connector::linkDidGo(const std::string& path)
+{
+    const auto attempt = firstAt(path);
+    if (attempt && (attempt->step == Step::resolving || attempt->step == Step::settling))
+        didFail(*attempt, bluezError(ErrorCode::linkLost, "The link to " + attempt->client->label() + " did not last."),
+            ConnectFailure::transient);
 }
 
 BluetoothError Connector::tooLate(const Attempt& attempt) const

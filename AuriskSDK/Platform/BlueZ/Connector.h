@@ -21,7 +21,8 @@ public:
 };
 
 /// Makes the connections of one adapter, one after the other, as most adapters can. An attempt consists of tries: what
-/// fails on the air is tried again while the time lasts, and an attempt that hears nothing lets the next one have a try.
+/// fails on the air is tried again while the time lasts, and an attempt that hears nothing lets the next one have a
+/// try.
 class Connector final : public std::enable_shared_from_this<Connector> {
 public:
     Connector(std::shared_ptr<BlueZObjects> objects, std::shared_ptr<Discovery> discovery)
@@ -44,8 +45,11 @@ public:
     /// The radio, or the daemon, has gone: every attempt fails.
     void failAll(const BluetoothError& error);
 
-    /// Something is new about that device.
-    void deviceDidChange(const std::string& path);
+    // What the daemon tells of a device. Whether it is connected may be told long after `Connect` has been answered,
+    // with its services: what counts is that it is told not to be any more.
+    void deviceDidAppear(const std::string& path);
+    void servicesDidResolve(const std::string& path);
+    void linkDidGo(const std::string& path);
 
 private:
     enum class Step {
@@ -65,6 +69,7 @@ private:
         Step step = Step::waiting;
         int turn = 0; ///< counts the steps: what was begun in one does not end another
         int tries = 0;
+        int strikes = 0; ///< tries in a row in which the daemon seemed to be at odds with itself about the device
         bool isAdopted = false; ///< there was a link before the try
         MaybeError lastError = {};
         std::function<void()> stopped = {}; ///< what comes after `stopping`
@@ -79,6 +84,7 @@ private:
     void settle(Attempt& attempt);
     void settleLater(Attempt& attempt);
     void didFail(Attempt& attempt, const BluetoothError& error, ConnectFailure failure);
+    bool forget(Attempt& attempt);
     void backOff(Attempt& attempt, Seconds delay);
     void stop(Attempt& attempt, std::function<void()> stopped);
     void letOthers(Attempt& attempt);
@@ -94,6 +100,7 @@ private:
     template <typename Work> auto inThisStep(Attempt& attempt, Work work);
     template <typename Work> void after(Seconds delay, Attempt& attempt, Work work);
 
+    std::shared_ptr<Attempt> firstAt(const std::string& path) const;
     Attempts::iterator find(const ConnectionClient& client);
     bool isFirst(const Attempt& attempt) const { return !_attempts.empty() && _attempts.front().get() == &attempt; }
 

@@ -131,8 +131,7 @@ void Discovery::didLoseEars()
 }
 
 /// An answer that comes after the radio has changed is nobody's.
-void Discovery::call(
-    const char* member, BusValues arguments, std::function<void(Discovery&, const BusReply&)> answered)
+void Discovery::call(const char* member, BusValues arguments, std::function<void(Discovery&, const BusReply&)> answered)
 {
     _objects->call(_adapter, interface::adapter, member, std::move(arguments), daemonLimit,
         [weak = weak_from_this(), spell = _spell, answered = std::move(answered)](const BusReply& reply) {

@@ -5,8 +5,8 @@
 namespace aurisk::bluez {
 
 /// The daemon's scan on one adapter, kept as it is wanted: started and stopped one call at a time, paused while a
-/// connection is being made (an adapter that does both at once fails at either), begun anew after the radio was off, and
-/// restarted where it dries up, as scans of many adapters do after a while.
+/// connection is being made (an adapter that does both at once fails at either), begun anew after the radio was off,
+/// and restarted where it dries up, as scans of many adapters do after a while.
 class Discovery final : public std::enable_shared_from_this<Discovery> {
 public:
     explicit Discovery(std::shared_ptr<BlueZObjects> objects)

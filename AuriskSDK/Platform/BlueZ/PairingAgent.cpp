@@ -20,8 +20,7 @@ std::shared_ptr<PairingAgent> PairingAgent::create(
     return agent;
 }
 
-PairingAgent::PairingAgent(
-    Key, std::shared_ptr<BlueZObjects> objects, std::function<bool(const std::string&)> isOurs)
+PairingAgent::PairingAgent(Key, std::shared_ptr<BlueZObjects> objects, std::function<bool(const std::string&)> isOurs)
     : _objects(std::move(objects))
     , _isOurs(std::move(isOurs))
     , _path(fmt::format("/aurisk/agent{:x}", std::uintptr_t(this)))
@@ -59,8 +58,8 @@ void PairingAgent::settle()
         if (const auto self = weak.lock())
             self->asked(request);
     });
-    _objects->call(managerPath, interface::agentManager, "RegisterAgent",
-        { ObjectPath{ _path }, "NoInputNoOutput" }, daemonLimit, [](const BusReply& reply) {
+    _objects->call(managerPath, interface::agentManager, "RegisterAgent", { ObjectPath{ _path }, "NoInputNoOutput" },
+        daemonLimit, [](const BusReply& reply) {
             if (reply.error)
                 AuriskLog::log("nobody can agree to be paired with: " + reply.error->message);
         });
