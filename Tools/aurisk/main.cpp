@@ -1,4 +1,7 @@
 #include "AuriskSDK/Platform/Asio/MainQueue.h"
+#ifdef AURISK_HAS_BLUEZ
+#include "AuriskSDK/Platform/BlueZ/BlueZ.h"
+#endif
 #include "AuriskSDK/Shared/Utils/AuriskLog.h"
 #include "AuriskSDK/Shared/Utils/PreconditionPolicy.h"
 #include "Simulator/Simulator.h"
@@ -25,16 +28,16 @@ namespace {
 using namespace aurisk;
 using namespace aurisk::tool;
 
-/// Runs one command on the simulated radio and the main queue.
-ExitCode runSimulated(const Options& options, Descriptors& descriptors, Output& output)
+/// Runs one command on a radio and the main queue.
+ExitCode runOn(std::shared_ptr<BluetoothPlatform> radio, Run::Why whyNot, const Options& options,
+    Descriptors& descriptors, Output& output)
 {
-    WorldFile file(options.world, options.newWorld);
-    const auto simulator = Simulator::create(file.world());
     auto code = ExitCode::done;
-    auto run = Run::start(options, simulator->platform(), output, [&code](ExitCode ended) {
-        code = ended;
+    const auto ended = [&code](ExitCode itsCode) {
+        code = itsCode;
         stopMainQueue();
-    });
+    };
+    auto run = Run::start(options, std::move(radio), output, ended, std::move(whyNot));
     const auto interrupt = [weak = std::weak_ptr(run)] {
         if (const auto running = weak.lock())
             running->interrupt();
@@ -50,9 +53,29 @@ ExitCode runSimulated(const Options& options, Descriptors& descriptors, Output& 
             interrupt();
     });
     runMainQueue();
-    run.reset();
+    return code;
+}
+
+ExitCode runSimulated(const Options& options, Descriptors& descriptors, Output& output)
+{
+    WorldFile file(options.world, options.newWorld);
+    const auto simulator = Simulator::create(file.world());
+    const auto code = runOn(simulator->platform(), {}, options, descriptors, output);
     file.keep(simulator->world());
     return code;
+}
+
+ExitCode runReal([[maybe_unused]] const Options& options, [[maybe_unused]] Descriptors& descriptors, Output& output)
+{
+#ifdef AURISK_HAS_BLUEZ
+    const auto radio = bluez::makePlatform({ .adapter = options.adapters.empty() ? "" : options.adapters.front() });
+    return runOn(
+        radio, [radio] { return radio->whyNot(); }, options, descriptors, output);
+#else
+    output.failure({ .code = ExitCode::bluetoothUnavailable,
+        .sentence = "this build cannot use the computer's radio (--backend sim works without one)" });
+    return ExitCode::bluetoothUnavailable;
+#endif
 }
 
 ExitCode runCommand(const Options& options, Descriptors& descriptors, Output& output)
@@ -61,15 +84,11 @@ ExitCode runCommand(const Options& options, Descriptors& descriptors, Output& ou
         return ExitCode(codec::runCodec(STDIN_FILENO, descriptors.output()));
     if (options.command == Command::sim)
         return runSim(options, output);
-    if (options.backend == Backend::bluez) {
-        output.failure({ .code = ExitCode::bluetoothUnavailable,
-            .sentence = "this build has no backend for BlueZ (--backend sim is there)" });
-        return ExitCode::bluetoothUnavailable;
-    }
     AuriskLog::setEnable(options.log);
     if (!options.log)
         descriptors.silenceLibrary(); // which prints at every advertisement of some devices, and at every percent
-    const auto code = runSimulated(options, descriptors, output);
+    const auto run = options.backend == Backend::sim ? runSimulated : runReal;
+    const auto code = run(options, descriptors, output);
     if (descriptors.error() == 0)
         return code;
     output.note(fmt::format("standard output cannot be written: {}", std::strerror(descriptors.error())));

@@ -157,11 +157,11 @@ std::string BlueZRadio::whyNot() const
     switch (_objects->daemon()) {
     case DaemonState::unknown: return "";
     case DaemonState::denied: return "the system bus denies access to the Bluetooth daemon";
-    case DaemonState::absent: return "no Bluetooth daemon is running (bluetoothd)";
+    case DaemonState::absent: return "bluetoothd is not running";
     case DaemonState::present: break;
     }
     if (!findAdapter().empty())
-        return _state == CBManagerState::poweredOff ? "the adapter is powered off" : "";
+        return _state == CBManagerState::poweredOff ? _adapter.substr(_adapter.rfind('/') + 1) + " is powered off" : "";
     std::string others;
     for (const auto& path : _objects->below(daemonPath, interface::adapter))
         others += (others.empty() ? "" : ", ") + path.substr(path.rfind('/') + 1);
