@@ -42,7 +42,8 @@ void BlueZObjects::openBus()
             },
     });
     const std::string fromDaemon = std::string("type='signal',sender='") + daemonName + "',";
-    _bus->hear(std::string("type='signal',sender='") + busName + "',member='NameOwnerChanged',arg0='" + daemonName + "'");
+    _bus->hear(
+        std::string("type='signal',sender='") + busName + "',member='NameOwnerChanged',arg0='" + daemonName + "'");
     _bus->hear(fromDaemon + "interface='" + interface::objectManager + "'");
     _bus->hear(fromDaemon + "interface='" + interface::properties + "',path_namespace='/org/bluez'");
     _bus->call({ busName, busPath, busName, "GetNameOwner", { daemonName } }, daemonLimit,
@@ -200,6 +201,19 @@ const BusDictionary* BlueZObjects::propertiesOf(std::string_view path, std::stri
         return nullptr;
     const auto properties = object->second.find(interface);
     return properties == object->second.end() ? nullptr : &properties->second;
+}
+
+std::vector<std::string> BlueZObjects::below(const std::string& path, std::string_view interface) const
+{
+    const auto prefix = path + "/";
+    std::vector<std::string> paths;
+    for (auto object = _objects.lower_bound(prefix); object != _objects.end(); ++object) {
+        if (!object->first.starts_with(prefix))
+            break;
+        if (object->second.contains(interface))
+            paths.push_back(object->first);
+    }
+    return paths;
 }
 
 void BlueZObjects::call(const std::string& path, const char* interface, const char* member, BusValues arguments,

@@ -8,18 +8,18 @@ namespace aurisk::bluez {
 
 /// The names of the daemon's interfaces.
 namespace interface {
-    constexpr auto adapter = "org.bluez.Adapter1";
-    constexpr auto device = "org.bluez.Device1";
-    constexpr auto service = "org.bluez.GattService1";
-    constexpr auto characteristic = "org.bluez.GattCharacteristic1";
-    constexpr auto battery = "org.bluez.Battery1";
-    constexpr auto gattManager = "org.bluez.GattManager1";
-    constexpr auto advertisingManager = "org.bluez.LEAdvertisingManager1";
-    constexpr auto advertisement = "org.bluez.LEAdvertisement1";
-    constexpr auto agentManager = "org.bluez.AgentManager1";
-    constexpr auto agent = "org.bluez.Agent1";
-    constexpr auto objectManager = "org.freedesktop.DBus.ObjectManager";
-    constexpr auto properties = "org.freedesktop.DBus.Properties";
+constexpr auto adapter = "org.bluez.Adapter1";
+constexpr auto device = "org.bluez.Device1";
+constexpr auto service = "org.bluez.GattService1";
+constexpr auto characteristic = "org.bluez.GattCharacteristic1";
+constexpr auto battery = "org.bluez.Battery1";
+constexpr auto gattManager = "org.bluez.GattManager1";
+constexpr auto advertisingManager = "org.bluez.LEAdvertisingManager1";
+constexpr auto advertisement = "org.bluez.LEAdvertisement1";
+constexpr auto agentManager = "org.bluez.AgentManager1";
+constexpr auto agent = "org.bluez.Agent1";
+constexpr auto objectManager = "org.freedesktop.DBus.ObjectManager";
+constexpr auto properties = "org.freedesktop.DBus.Properties";
 } // namespace interface
 
 /// How long a call may take that waits for the daemon alone, and for nothing on the air.
@@ -48,8 +48,8 @@ public:
         virtual ~Listener() = default;
         virtual void daemonDidChange() { }
         virtual void didAppear(const std::string& /*path*/, const std::string& /*interface*/) { }
-        virtual void didChange(const std::string& /*path*/, const std::string& /*interface*/,
-            const BusDictionary& /*changed*/)
+        virtual void didChange(
+            const std::string& /*path*/, const std::string& /*interface*/, const BusDictionary& /*changed*/)
         {
         }
         virtual void didVanish(const std::string& /*path*/, const std::string& /*interface*/) { }
@@ -79,6 +79,9 @@ public:
         const auto* value = property<bool>(path, interface, name);
         return value && *value;
     }
+
+    /// The paths of the objects below `path` that have this interface, in the order of the tree.
+    std::vector<std::string> below(const std::string& path, std::string_view interface) const;
 
     /// Calls a method of the daemon.
     void call(const std::string& path, const char* interface, const char* member, BusValues arguments, Seconds limit,

@@ -114,23 +114,27 @@ private:
 
     BusDictionary properties()
     {
-        return dictionary<BusDictionary>("sv", [&] { return text('s'); }, [&] { return value(); });
+        return dictionary<BusDictionary>(
+            "sv", [&] { return text('s'); }, [&] { return value(); });
     }
 
     BusInterfaces interfaces()
     {
-        return dictionary<BusInterfaces>("sa{sv}", [&] { return text('s'); }, [&] { return properties(); });
+        return dictionary<BusInterfaces>(
+            "sa{sv}", [&] { return text('s'); }, [&] { return properties(); });
     }
 
     BusObjects objects()
     {
-        return dictionary<BusObjects>("oa{sa{sv}}", [&] { return text('o'); }, [&] { return interfaces(); });
+        return dictionary<BusObjects>(
+            "oa{sa{sv}}", [&] { return text('o'); }, [&] { return interfaces(); });
     }
 
     CompanyData companyData()
     {
         const auto bytesOf = [](const BusValue& value) { return value.as<Data>() ? *value.as<Data>() : Data(); };
-        return dictionary<CompanyData>("qv", [&] { return basic<std::uint16_t>('q'); }, [&] { return bytesOf(value()); });
+        return dictionary<CompanyData>(
+            "qv", [&] { return basic<std::uint16_t>('q'); }, [&] { return bytesOf(value()); });
     }
 
     Data bytes()
@@ -236,6 +240,7 @@ private:
             [](const CompanyData&) { return "a{qv}"; },
             [](const BusInterfaces&) { return "a{sa{sv}}"; },
             [](const BusObjects&) { return "a{oa{sa{sv}}}"; },
+            [](const BusVariant&) { return "v"; },
         };
         return std::visit(signature, static_cast<const BusValue::variant&>(value));
     }
@@ -257,10 +262,7 @@ private:
     void write(std::uint64_t value) { basic('t', value); }
     void write(const std::string& value) { text('s', value); }
     void write(const ObjectPath& value) { text('o', value.text); }
-    void write(const Data& value)
-    {
-        check(sd_bus_message_append_array(_message, 'y', value.data(), value.size()));
-    }
+    void write(const Data& value) { check(sd_bus_message_append_array(_message, 'y', value.data(), value.size())); }
     void write(const std::vector<std::string>& all)
     {
         within('a', "s", [&] {
@@ -303,6 +305,8 @@ private:
             write(interfaces);
         });
     }
+
+    void write(const BusVariant& inner) { variant(*inner.value); }
 
     sd_bus_message* _message;
     bool _isGood = true;

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -28,11 +29,17 @@ using BusInterfaces = std::map<std::string, BusDictionary, std::less<>>; ///< a{
 using BusObjects = std::map<std::string, BusInterfaces, std::less<>>; ///< a{oa{sa{sv}}}: interfaces by path
 using CompanyData = std::map<std::uint16_t, Data>; ///< a{qv} with byte arrays
 
+/// A value together with its type, where an argument is to be that; what arrives so is unwrapped.
+struct BusVariant {
+    explicit BusVariant(BusValue inner);
+    std::shared_ptr<const BusValue> value;
+};
+
 /// One value. Whatever has a type that the Bluetooth daemon's interfaces do not use arrives as std::monostate.
-struct BusValue : std::variant<std::monostate, bool, std::uint8_t, std::int16_t, std::uint16_t, std::int32_t,
-                      std::uint32_t, std::int64_t, std::uint64_t, std::string, ObjectPath, Data,
-                      std::vector<std::string>, std::vector<ObjectPath>, BusDictionary, CompanyData, BusInterfaces,
-                      BusObjects> {
+struct BusValue
+    : std::variant<std::monostate, bool, std::uint8_t, std::int16_t, std::uint16_t, std::int32_t, std::uint32_t,
+          std::int64_t, std::uint64_t, std::string, ObjectPath, Data, std::vector<std::string>, std::vector<ObjectPath>,
+          BusDictionary, CompanyData, BusInterfaces, BusObjects, BusVariant> {
     using variant::variant;
     BusValue(const char* text)
         : variant(std::string(text))
@@ -41,6 +48,11 @@ struct BusValue : std::variant<std::monostate, bool, std::uint8_t, std::int16_t,
 
     template <typename T> const T* as() const { return std::get_if<T>(static_cast<const variant*>(this)); }
 };
+
+inline BusVariant::BusVariant(BusValue inner)
+    : value(std::make_shared<const BusValue>(std::move(inner)))
+{
+}
 
 using BusValues = std::vector<BusValue>;
 
