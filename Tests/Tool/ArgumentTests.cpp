@@ -84,6 +84,27 @@ TEST(Arguments, AMistakeIsToldInOneSentence)
         { "--timeout soon scan", "--timeout: \"soon\" is no number of seconds" },
         { "scan --timeout nan", "--timeout: \"nan\" is no number of seconds" },
         { "scan --backend usb", "--backend: \"usb\" is neither sim nor bluez" },
+        { "scan --backend bluez --world w.json",
+            "--world is about simulated hearing aids, which --backend bluez does not hear" },
+        { "scan --adapter hci0 --backend sim",
+            "--adapter is about a real radio, and --backend sim about a simulated one" },
+        { "scan --adapter hci0 --world w.json", "--adapter is about a real radio, and --world about a simulated one" },
+        { "scan --adapter hci0 --adapter hci1", "--adapter names one adapter, of which only sim takes several" },
+        { "scan --adapter", "--adapter needs a value" },
+        { "scan --adapter --json", "--adapter needs a value" },
+        { "scan --adapter hci", "--adapter: \"hci\" is no adapter, such as hci0" },
+        { "scan --adapter hci0/dev", "--adapter: \"hci0/dev\" is no adapter, such as hci0" },
+        { "scan --adapter usb0", "--adapter: \"usb0\" is no adapter, such as hci0" },
+        { "sim --adapter hci0 --adapter hci0", "--adapter: \"hci0\" is named twice" },
+        { "sim --backend sim", "sim: --backend does not go with it, since it serves on real adapters" },
+        { "sim X1-L", "sim takes no device: \"X1-L\"" },
+        { "sim --both", "--both does not go with sim" },
+        { "sim --aid X1-L --aid X1-L", "--aid: \"X1-L\" is named twice" },
+        { "sim --aid X1-L --aid X1-R --adapter hci1",
+            "sim: 2 --aid and 1 --adapter, where each hearing aid needs an adapter of its own" },
+        { "sim --aid X1-L --adapter hci0 --adapter hci1",
+            "sim: 1 --aid and 2 --adapter, where each hearing aid needs an adapter of its own" },
+        { "scan --aid X1-L", "--aid is no option of scan (aurisk scan --help lists them)" },
         { "scan --new-world", "--new-world goes with --world FILE" },
     };
     for (const auto& [commandLine, sentence] : cases)
@@ -108,6 +129,31 @@ TEST(Arguments, OptionsOfEveryCommandStandBeforeOrAfterIt)
         EXPECT_EQ(options.program, 1) << line;
         EXPECT_EQ(options.timeout, Seconds(2.5)) << line;
     }
+}
+
+TEST(Arguments, TheRadioIsTheComputersUnlessAWorldIsNamed)
+{
+    struct {
+        std::string commandLine;
+        tool::Backend backend;
+        Lines adapters;
+    } const cases[] = {
+        { "scan", tool::Backend::bluez, {} },
+        { "scan --adapter hci1", tool::Backend::bluez, { "hci1" } },
+        { "--backend bluez --adapter=hci12 scan", tool::Backend::bluez, { "hci12" } },
+        { "scan --backend sim", tool::Backend::sim, {} },
+        { "scan --world w.json", tool::Backend::sim, {} },
+        { "scan --world w.json --backend sim", tool::Backend::sim, {} },
+        { "volume --adapter hci0 X1-L", tool::Backend::bluez, { "hci0" } },
+        { "--adapter hci1 sim --adapter hci0 --world w.json", tool::Backend::bluez, { "hci1", "hci0" } },
+    };
+    for (const auto& [commandLine, backend, adapters] : cases) {
+        const auto options = parsed(commandLine);
+        EXPECT_EQ(options.backend, backend) << commandLine;
+        EXPECT_EQ(options.adapters, adapters) << commandLine;
+    }
+    EXPECT_EQ(parsed("volume --adapter hci0 X1-L").device, "X1-L");
+    EXPECT_THAT(parsed("sim --aid X1-R --adapter hci1 --aid X1-L --adapter hci0").aids, ElementsAre("X1-R", "X1-L"));
 }
 
 TEST(Arguments, TheLastWordIsTheValueAndTheOneBeforeItTheDevice)
@@ -221,7 +267,8 @@ RC_GTEST_PROP(Arguments, AreTakenOrRefusedInASentenceWhateverTheyAre, ())
         rc::gen::element<std::string>("scan", "info", "program", "volume", "mute", "transparency", "bredr", "battery",
             "find", "tone", "orientation", "monitor", "raw", "dsp", "eq", "global", "profile", "logs", "", "show",
             "import", "export", "250=-2", "set", "stop", "on", "off", "X1-L", "-1", "0", "15", "256", "1e9", "--",
-            "--json", "--both", "--program", "--db", "--db=", "--timeout", "--world", "-h", "fe68", "left"),
+            "--json", "--both", "--program", "--db", "--db=", "--timeout", "--world", "sim", "--adapter", "hci0",
+            "--aid", "-h", "fe68", "left"),
         rc::gen::string<std::string>());
     const auto words = *rc::gen::container<Lines>(word);
     const auto sentence = refusal(words);

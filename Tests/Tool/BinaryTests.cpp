@@ -115,7 +115,7 @@ Ended aurisk(const std::vector<std::string>& arguments) { return Program(argumen
 
 TEST(Binary, StandardOutputHoldsNothingButJSONEvenWithTheLogOn)
 {
-    const auto ended = aurisk({ "volume", "set", "X1-L", "3", "--json", "--log" });
+    const auto ended = aurisk({ "volume", "set", "X1-L", "3", "--backend", "sim", "--json", "--log" });
     EXPECT_EQ(ended.code, 0);
     EXPECT_EQ(ended.output,
         R"({"identifier":"5A1D0000-A1D5-4000-8000-0A1B2C3D4E5F","name":"X1-L","volume":3,"program":0})"
@@ -128,11 +128,12 @@ TEST(Binary, AnUpdateShowsNothingOfWhatTheLibraryPrintsButWithTheLogOn)
 {
     const auto image = temporaryPath("update.bin");
     std::ofstream(image) << "version 2.4.0\n";
-    const auto ended = aurisk({ "update", "X1-L", image });
+    const auto ended = aurisk({ "update", "X1-L", image, "--backend", "sim" });
     EXPECT_EQ(ended.code, 0);
     EXPECT_THAT(ended.output, testing::EndsWith(" s, firmware 2.3.1 -> 2.4.0\n"));
     EXPECT_THAT(ended.errors, IsEmpty());
-    EXPECT_THAT(aurisk({ "update", "X1-L", image, "--log" }).errors, HasSubstr("send data finished..."));
+    EXPECT_THAT(
+        aurisk({ "update", "X1-L", image, "--backend", "sim", "--log" }).errors, HasSubstr("send data finished..."));
     std::filesystem::remove(image);
 }
 
@@ -146,8 +147,10 @@ TEST(Binary, AFailureIsASentenceAndInJSONAnObjectToo)
         { { "volume", "set", "X1-L", "16" }, 2, "volume: 16 is outside 0 to 15" },
         { { "volume", "X1-L", "--world", "/nowhere.json" }, 2,
             "/nowhere.json does not exist (--new-world begins it with the default world)" },
-        { { "scan", "--backend", "bluez" }, 3, "this build has no backend for BlueZ (--backend sim is there)" },
-        { { "volume", "Y", "--timeout", "0.01" }, 4, "no hearing aid called \"Y\" within 0.01 s" },
+        { { "scan" }, 3, "this build has no backend for BlueZ (--backend sim is there)" },
+        { { "sim" }, 3, "this build cannot serve hearing aids" },
+        { { "sim", "--world", "/nowhere.json" }, 2, "/nowhere.json does not exist" },
+        { { "volume", "Y", "--backend", "sim", "--timeout", "0.01" }, 4, "no hearing aid called \"Y\" within 0.01 s" },
     };
     for (const auto& [arguments, code, sentence] : cases) {
         auto ended = aurisk(arguments);
@@ -177,7 +180,7 @@ TEST(Binary, HelpAndVersionGoToStandardOutput)
 TEST(Binary, ASignalEndsAScanCleanly)
 {
     for (const int number : { SIGINT, SIGTERM }) {
-        Program program({ "scan", "--duration", "60" });
+        Program program({ "scan", "--backend", "sim", "--duration", "60" });
         program.waitForOutput();
         program.signal(number);
         const auto ended = program.end();
@@ -188,7 +191,7 @@ TEST(Binary, ASignalEndsAScanCleanly)
 
 TEST(Binary, OutputThatNobodyReadsEndsTheRun)
 {
-    Program program({ "scan", "--updates", "--duration", "60" });
+    Program program({ "scan", "--backend", "sim", "--updates", "--duration", "60" });
     program.waitForOutput();
     program.closeOutput();
     const auto ended = program.end();
@@ -198,7 +201,7 @@ TEST(Binary, OutputThatNobodyReadsEndsTheRun)
 
 TEST(Binary, OutputThatCannotBeWrittenIsAFailure)
 {
-    Program program({ "volume", "X1-L" }, "/dev/full");
+    Program program({ "volume", "X1-L", "--backend", "sim" }, "/dev/full");
     const auto ended = program.end();
     EXPECT_EQ(ended.code, 2);
     EXPECT_EQ(ended.errors, "aurisk: standard output cannot be written: No space left on device\n");

@@ -33,7 +33,9 @@ Examples:
   aurisk logs X1-L                     how it was used
   aurisk update X1 a16.bin --both      new firmware for a pair
   aurisk monitor --both --json         what the wearer of a pair does, for a program to read
-  aurisk scan --world w.json --new-world    begin a world of simulated hearing aids that lasts from run to run
+  aurisk scan --backend sim            simulated hearing aids, without Bluetooth
+  aurisk scan --world w.json --new-world    begin a world of them that lasts from run to run
+  aurisk sim --adapter hci1            be a hearing aid, for another computer or another adapter to find
 
 Exit codes: 0 done, 1 the device refused or timed out, 2 wrong usage or unusable file, 3 Bluetooth unavailable,
 4 device not found, 130 interrupted. With --json a failure is an object {"error": sentence}, too.)";
@@ -96,19 +98,39 @@ private:
     static void option(CLI::App& app, const std::string& name, const std::string& placeholder, const std::string& help,
         const Take& take)
     {
-        const auto takeValue = [name, take](const std::string& text) {
+        app.add_option_function<std::string>("--" + name, checked(name, take), help)
+            ->option_text(placeholder)
+            ->take_last();
+    }
+
+    /// The same, for an option that may be given several times.
+    static void repeatableOption(CLI::App& app, const std::string& name, const std::string& placeholder,
+        const std::string& help, const Take& take)
+    {
+        const auto takeEach = [takeOne = checked(name, take)](const std::vector<std::string>& texts) {
+            std::for_each(texts.begin(), texts.end(), takeOne);
+        };
+        app.add_option_function<std::vector<std::string>>("--" + name, takeEach, help)
+            ->option_text(placeholder)
+            ->allow_extra_args(false);
+    }
+
+    static Take checked(const std::string& name, const Take& take)
+    {
+        return [name, take](const std::string& text) {
             if (text.starts_with("--")) // the next option, whose name is no value
                 throw UsageError(fmt::format("--{} needs a value", name));
             take(text);
         };
-        app.add_option_function<std::string>("--" + name, takeValue, help)->option_text(placeholder)->take_last();
     }
 
     void declareGlobals()
     {
-        option(_app, "backend", "sim|bluez", "The radio: simulated (default) or the computer's",
+        option(_app, "backend", "bluez|sim", "The radio: the computer's (default) or a simulated one",
             [this](const std::string& text) { takeBackend(text); });
-        option(_app, "world", "FILE", "The simulated hearing aids; changes to them are written back",
+        repeatableOption(_app, "adapter", "NAME", "Which of the computer's adapters: hci0, ... (default: the first)",
+            [this](const std::string& text) { takeAdapter(text); });
+        option(_app, "world", "FILE", "The simulated hearing aids, and their radio; what changes is written back",
             [this](const std::string& text) { _options.world = text; });
         _app.add_flag("--new-world", _options.newWorld, "Begin FILE with the default world; FILE must not exist");
         _app.add_flag("--both", _options.both, "The left and the right one of a pair");
@@ -152,6 +174,10 @@ private:
         case Command::logs:
             declareFile(command, "events", "The log of user events goes there, as it is", _options.events);
             declareFile(command, "loop-gain", "The log of loop gains goes there, as it is", _options.loopGain);
+            break;
+        case Command::sim:
+            repeatableOption(command, "aid", "NAME", "Which hearing aid to be (default: the first, or the first pair)",
+                [this](const std::string& text) { takeOnce("aid", text, _options.aids); });
             break;
         case Command::update:
             option(command, "type", "0|1|2", "Which of the hearing aid's images it is (default 0)",
@@ -217,7 +243,51 @@ private:
         const auto backend = fromCaseName<Backend>(text);
         if (!backend)
             throw UsageError(fmt::format("--backend: {} is neither sim nor bluez", inQuotes(text)));
-        _options.backend = *backend;
+        _backend = *backend;
+    }
+
+    void takeAdapter(const std::string& text)
+    {
+        constexpr std::string_view kind = "hci";
+        const auto number = text.substr(std::min(kind.size(), text.size()));
+        if (!text.starts_with(kind) || number.empty() || number.find_first_not_of("0123456789") != number.npos)
+            throw UsageError(fmt::format("--adapter: {} is no adapter, such as hci0", inQuotes(text)));
+        takeOnce("adapter", text, _options.adapters);
+    }
+
+    static void takeOnce(std::string_view name, const std::string& text, std::vector<std::string>& all)
+    {
+        if (std::find(all.begin(), all.end(), text) != all.end())
+            throw UsageError(fmt::format("--{}: {} is named twice", name, inQuotes(text)));
+        all.push_back(text);
+    }
+
+    /// The simulated hearing aids of a world are heard by the simulated radio alone, unless they are to be served.
+    void chooseRadio()
+    {
+        const bool hasWorld = !_options.world.empty();
+        if (_options.command == Command::sim) {
+            if (_backend)
+                throw UsageError("sim: --backend does not go with it, since it serves on real adapters");
+            return expectAdapters();
+        }
+        if (hasWorld && _backend == Backend::bluez)
+            throw UsageError("--world is about simulated hearing aids, which --backend bluez does not hear");
+        _options.backend = _backend.value_or(hasWorld ? Backend::sim : Backend::bluez);
+        if (_options.backend == Backend::sim && !_options.adapters.empty())
+            throw UsageError(fmt::format("--adapter is about a real radio, and {} about a simulated one",
+                _backend ? "--backend sim" : "--world"));
+        if (_options.adapters.size() > 1)
+            throw UsageError("--adapter names one adapter, of which only sim takes several");
+    }
+
+    /// As many as there are hearing aids to serve, where those are named.
+    void expectAdapters() const
+    {
+        const auto aids = _options.aids.size(), adapters = _options.adapters.size();
+        if (aids != 0 && aids != std::max<std::size_t>(adapters, 1))
+            throw UsageError(fmt::format(
+                "sim: {} --aid and {} --adapter, where each hearing aid needs an adapter of its own", aids, adapters));
     }
 
     Options finished()
@@ -230,6 +300,7 @@ private:
         takeWords(_options, _words);
         if (!_options.duration)
             _options.duration = _usualSpan[name];
+        chooseRadio();
         if (!_options.events.empty() && _options.events == _options.loopGain)
             throw UsageError("--events and --loop-gain name the same file");
         for (const auto& file : { _options.file, _options.events, _options.loopGain })
@@ -237,9 +308,14 @@ private:
                 throw UsageError(fmt::format("{} is the file of the world", inQuotes(file)));
         if (_options.newWorld && _options.world.empty())
             throw UsageError("--new-world goes with --world FILE");
-        if (_options.both && (_options.command == Command::scan || _options.command == Command::codec))
+        if (_options.both && isAboutNoDevice(_options.command))
             throw UsageError(fmt::format("--both does not go with {}", name));
         return std::move(_options);
+    }
+
+    static bool isAboutNoDevice(Command command)
+    {
+        return command == Command::scan || command == Command::sim || command == Command::codec;
     }
 
     static bool isSameFile(const std::string& one, const std::string& other)
@@ -267,6 +343,7 @@ private:
     }
 
     Options _options;
+    std::optional<Backend> _backend; ///< as typed
     std::vector<std::string> _words;
     std::map<std::string, std::optional<Seconds>> _usualSpan; ///< by command
     CLI::App _app;

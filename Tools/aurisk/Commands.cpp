@@ -148,6 +148,7 @@ Plan planOf(const Options& options)
     case Command::logs: return planLogs(options);
     case Command::update: return planUpdate(options);
     case Command::scan:
+    case Command::sim:
     case Command::codec: break;
     }
     return {};

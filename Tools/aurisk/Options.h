@@ -52,6 +52,7 @@ enum class Command {
     profile,
     logs,
     update,
+    sim,
     codec
 };
 
@@ -69,11 +70,12 @@ struct Assignment {
     friend bool operator==(const Assignment&, const Assignment&) = default;
 };
 
-enum class Backend { sim, bluez };
+enum class Backend { bluez, sim };
 
 /// What the arguments ask for. Every value is within its range, those of assignments apart.
 struct Options {
-    Backend backend = Backend::sim;
+    Backend backend = Backend::bluez;
+    std::vector<std::string> adapters = {}; ///< at most one, but for `sim`; empty: the first that there is
     std::string world = {}; ///< the path of the simulator's world; empty: the default world, which nobody saves
     bool newWorld = false;
     bool json = false;
@@ -102,6 +104,7 @@ struct Options {
     std::optional<int> dB = {};
     std::optional<int> amp = {};
     int timestamp = 0;
+    std::vector<std::string> aids = {}; ///< for `sim`, one for each adapter; empty: the first ones of the world
 };
 
 } // namespace aurisk::tool
@@ -131,13 +134,14 @@ inline constexpr auto enumCases<tool::Command> = std::to_array<EnumCase<tool::Co
     { tool::Command::profile, "profile", "Show, change, export or import what a hearing aid is and was fitted with" },
     { tool::Command::logs, "logs", "Show how a hearing aid was used, or keep its logs" },
     { tool::Command::update, "update", "Give a hearing aid new firmware" },
+    { tool::Command::sim, "sim", "Be hearing aids: serve simulated ones on real adapters" },
     { tool::Command::codec, "codec", "Turn bytes into values and back, one JSON object a line" },
 });
 
 template <>
 inline constexpr auto enumCases<tool::Backend> = std::to_array<EnumCase<tool::Backend>>({
-    { tool::Backend::sim, "sim" },
     { tool::Backend::bluez, "bluez" },
+    { tool::Backend::sim, "sim" },
 });
 
 } // namespace aurisk

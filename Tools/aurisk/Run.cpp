@@ -11,11 +11,13 @@ namespace aurisk::tool {
 namespace {
 
 /// None while the radio may yet become ready.
-std::optional<std::string> whyUnavailable(CBManagerState state)
+std::optional<std::string> whyUnavailable(CBManagerState state, Backend backend)
 {
     switch (state) {
     case CBManagerState::poweredOff: return "Bluetooth is switched off";
-    case CBManagerState::unsupported: return "there is no Bluetooth radio";
+    case CBManagerState::unsupported:
+        return std::string("there is no Bluetooth radio")
+            + (backend == Backend::bluez ? " (--backend sim works without one)" : "");
     case CBManagerState::unauthorized: return "Bluetooth may not be used from here";
     case CBManagerState::unknown:
     case CBManagerState::resetting:
@@ -88,7 +90,7 @@ void Run::accessoryManagerIsAvailable(const std::shared_ptr<AccessoryManager>&, 
         }
         return;
     }
-    const auto why = whyUnavailable(_manager->blueState());
+    const auto why = whyUnavailable(_manager->blueState(), _options.backend);
     if (why && _sessions.empty()) // sessions hear of it by themselves
         fail({ .code = ExitCode::bluetoothUnavailable, .sentence = *why });
 }

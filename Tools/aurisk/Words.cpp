@@ -274,6 +274,12 @@ constexpr std::string_view updateNotes
       "checks\n"
       "what it received, starts it and leaves; then it is connected again, and old and new versions are told. With\n"
       "--both the same image goes to both at the same time. An update that was broken off begins anew.";
+constexpr std::string_view simNotes
+    = "Each --adapter NAME becomes one hearing aid of the default world, or of the --world FILE, for other computers "
+      "and\n"
+      "other adapters to find; --aid NAME says which, in the order of the adapters:\n"
+      "  aurisk sim --adapter hci1 --adapter hci2 --aid X1-L --aid X1-R\n"
+      "What is typed meanwhile is what wearers and links do: volume 9, X1-R power 0, drop; help tells the rest.";
 constexpr std::string_view codecNotes
     = "Reads one JSON object a line from standard input, such as {\"op\": \"hex.toBytes\", \"text\": \"fe 68\"}, and "
       "writes\n"
@@ -321,6 +327,7 @@ const Row& rowOf(Command command)
                 profileNotes } },
         { Command::logs, takeDevice, { { "[DEVICE]", "[DEVICE] [--events FILE] [--loop-gain FILE]" }, logsNotes } },
         { Command::update, takeUpdate, { { "[DEVICE] FILE", "[DEVICE] FILE --type 0|1|2" }, updateNotes } },
+        { Command::sim, takeNothing, { { "[--adapter NAME]... [--aid NAME]... [--world FILE]" }, simNotes } },
         { Command::codec, takeNothing, { { "" }, codecNotes } },
     };
     return *std::find_if(std::begin(rows), std::end(rows), [&](const Row& row) { return row.command == command; });

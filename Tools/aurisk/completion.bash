@@ -3,14 +3,18 @@
 _aurisk()
 {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands="scan info program volume mute transparency bredr battery find tone orientation monitor raw dsp eq noise direction global profile logs update codec"
-    local words="--backend --world --new-world --both --json --log --timeout --help"
+    local commands="scan info program volume mute transparency bredr battery find tone orientation monitor raw dsp eq noise direction global profile logs update sim codec"
+    local words="--backend --adapter --world --new-world --both --json --log --timeout --help"
     local command= action= word i
     COMPREPLY=()
 
     case $previous in
     --backend)
-        COMPREPLY=($(compgen -W "sim bluez" -- "$current"))
+        COMPREPLY=($(compgen -W "bluez sim" -- "$current"))
+        return
+        ;;
+    --adapter)
+        COMPREPLY=($(compgen -W "$(cd /sys/class/bluetooth 2>/dev/null && ls)" -X '*:*' -- "$current")) # no connections
         return
         ;;
     --world | --events | --loop-gain)
@@ -22,7 +26,7 @@ _aurisk()
         COMPREPLY=($(compgen -W "0 1 2" -- "$current"))
         return
         ;;
-    --timeout | --duration | --seconds | --program | --db | --amp | --timestamp)
+    --aid | --timeout | --duration | --seconds | --program | --db | --amp | --timestamp)
         return
         ;;
     esac
@@ -30,7 +34,7 @@ _aurisk()
     for ((i = 1; i < COMP_CWORD; ++i)); do
         word=${COMP_WORDS[i]}
         case ${COMP_WORDS[i - 1]} in
-        --backend | --world | --timeout) continue ;;
+        --backend | --adapter | --world | --timeout) continue ;;
         esac
         [[ $word == -* ]] && continue
         if [[ $command ]]; then
@@ -49,6 +53,7 @@ _aurisk()
     bredr) words+=" --continuous" ;;
     logs) words+=" --events --loop-gain" ;;
     update) words+=" --type" ;;
+    sim) words+=" --aid" ;;
     tone) words+=" --db --amp --seconds --timestamp" ;;
     esac
     case $command in

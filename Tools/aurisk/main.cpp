@@ -6,6 +6,7 @@
 #include "Tools/aurisk/Codec.h"
 #include "Tools/aurisk/Descriptors.h"
 #include "Tools/aurisk/Run.h"
+#include "Tools/aurisk/SimCommand.h"
 #include "Tools/aurisk/Values.h"
 #include "Tools/aurisk/WorldFile.h"
 
@@ -58,6 +59,8 @@ ExitCode runCommand(const Options& options, Descriptors& descriptors, Output& ou
 {
     if (options.command == Command::codec)
         return ExitCode(codec::runCodec(STDIN_FILENO, descriptors.output()));
+    if (options.command == Command::sim)
+        return runSim(options, output);
     if (options.backend == Backend::bluez) {
         output.failure({ .code = ExitCode::bluetoothUnavailable,
             .sentence = "this build has no backend for BlueZ (--backend sim is there)" });
