@@ -1,10 +1,12 @@
 #include "AuriskSDK/Platform/Asio/MainQueue.h"
+#include "AuriskSDK/Platform/BlueZ/GattServer.h"
 #include "AuriskSDK/Shared/Utils/AuriskLog.h"
 #include "AuriskSDK/Shared/Utils/PreconditionPolicy.h"
 #include "Simulator/Simulator.h"
 #include "Tools/aurisk/Arguments.h"
 #include "Tools/aurisk/Codec.h"
 #include "Tools/aurisk/Descriptors.h"
+#include "Tools/aurisk/InputLines.h"
 #include "Tools/aurisk/Run.h"
 #include "Tools/aurisk/SimCommand.h"
 #include "Tools/aurisk/Values.h"
@@ -17,6 +19,7 @@
 #include <csignal>
 #include <cstring>
 #include <exception>
+#include <functional>
 
 #include <unistd.h>
 
@@ -25,20 +28,18 @@ namespace {
 using namespace aurisk;
 using namespace aurisk::tool;
 
-/// Runs one command on the simulated radio and the main queue.
-ExitCode runSimulated(const Options& options, Descriptors& descriptors, Output& output)
+using Ended = std::function<void(ExitCode)>;
+using Interrupt = std::function<void()>;
+
+/// Starts something on the main queue, and runs that until it has ended. `start` is given what to call then, and tells
+/// what is to be called where the user wants it to end.
+ExitCode runUntilEnded(Descriptors& descriptors, const std::function<Interrupt(Ended)>& start)
 {
-    WorldFile file(options.world, options.newWorld);
-    const auto simulator = Simulator::create(file.world());
     auto code = ExitCode::done;
-    auto run = Run::start(options, simulator->platform(), output, [&code](ExitCode ended) {
+    const auto interrupt = start([&code](ExitCode ended) {
         code = ended;
         stopMainQueue();
     });
-    const auto interrupt = [weak = std::weak_ptr(run)] {
-        if (const auto running = weak.lock())
-            running->interrupt();
-    };
     descriptors.onLost = interrupt;
     asio::signal_set signals(mainQueueContext(), SIGINT, SIGTERM);
     struct sigaction hangUp { };
@@ -50,26 +51,80 @@ ExitCode runSimulated(const Options& options, Descriptors& descriptors, Output& 
             interrupt();
     });
     runMainQueue();
+    return code;
+}
+
+/// Interrupts `running` for as long as it is there.
+template <typename Running> Interrupt interrupting(const std::shared_ptr<Running>& running)
+{
+    return [weak = std::weak_ptr(running)] {
+        if (const auto alive = weak.lock())
+            alive->interrupt();
+    };
+}
+
+/// Runs one command on the simulated radio.
+ExitCode runSimulated(const Options& options, Descriptors& descriptors, Output& output)
+{
+    WorldFile file(options.world, options.newWorld);
+    const auto simulator = Simulator::create(file.world());
+    std::shared_ptr<Run> run;
+    const auto code = runUntilEnded(descriptors, [&](Ended ended) {
+        run = Run::start(options, simulator->platform(), output, std::move(ended));
+        return interrupting(run);
+    });
     run.reset();
     file.keep(simulator->world());
     return code;
+}
+
+/// Serves hearing aids of a simulated world on the radio of the computer.
+ExitCode runSim(const Options& options, Descriptors& descriptors, Output& output)
+{
+    WorldFile file(options.world, options.newWorld);
+#ifdef AURISK_BLUEZ
+    std::signal(SIGTTIN, SIG_IGN); // in the background it reads nothing, instead of being stopped
+    std::shared_ptr<Serving> serving;
+    std::shared_ptr<InputLines> typed;
+    const auto code = runUntilEnded(descriptors, [&](Ended ended) {
+        serving = Serving::start(options, file.world(), bluez::makeGattServerPlatform(), output, std::move(ended));
+        typed = InputLines::start(STDIN_FILENO,
+            { .line = [&serving](const std::string& line) { serving->take(line); },
+                .ended =
+                    [interrupt = interrupting(serving)] {
+                        if (isatty(STDIN_FILENO) == 1)
+                            interrupt();
+                    } });
+        return interrupting(serving);
+    });
+    file.keep(serving->world());
+    return code;
+#else
+    servedAids(options, file.world());
+    output.failure({ .code = ExitCode::bluetoothUnavailable, .sentence = "this build has no backend for BlueZ" });
+    return ExitCode::bluetoothUnavailable;
+#endif
+}
+
+ExitCode runOnMainQueue(const Options& options, Descriptors& descriptors, Output& output)
+{
+    if (options.command == Command::sim)
+        return runSim(options, descriptors, output);
+    if (options.backend == Backend::sim)
+        return runSimulated(options, descriptors, output);
+    output.failure({ .code = ExitCode::bluetoothUnavailable,
+        .sentence = "this build has no backend for BlueZ (--backend sim is there)" });
+    return ExitCode::bluetoothUnavailable;
 }
 
 ExitCode runCommand(const Options& options, Descriptors& descriptors, Output& output)
 {
     if (options.command == Command::codec)
         return ExitCode(codec::runCodec(STDIN_FILENO, descriptors.output()));
-    if (options.command == Command::sim)
-        return runSim(options, output);
-    if (options.backend == Backend::bluez) {
-        output.failure({ .code = ExitCode::bluetoothUnavailable,
-            .sentence = "this build has no backend for BlueZ (--backend sim is there)" });
-        return ExitCode::bluetoothUnavailable;
-    }
     AuriskLog::setEnable(options.log);
     if (!options.log)
         descriptors.silenceLibrary(); // which prints at every advertisement of some devices, and at every percent
-    const auto code = runSimulated(options, descriptors, output);
+    const auto code = runOnMainQueue(options, descriptors, output);
     if (descriptors.error() == 0)
         return code;
     output.note(fmt::format("standard output cannot be written: {}", std::strerror(descriptors.error())));

@@ -53,19 +53,20 @@ void Advertiser::start()
 {
     _state = State::starting;
     _given = _wanted;
-    call("RegisterAdvertisement", { ObjectPath{ _path }, BusDictionary() }, [](Advertiser& self, const BusReply& reply) {
-        if (!reply.error) {
-            self._state = State::on;
-            self._handlers.started();
-            return self.settle();
-        }
-        self._state = State::off;
-        self._handlers.failed(*reply.error);
-        DispatchQueue::main().asyncAfter(retryInterval, [weak = self.weak_from_this(), spell = self._spell] {
-            if (const auto later = weak.lock(); later && later->_spell == spell)
-                later->settle();
+    call(
+        "RegisterAdvertisement", { ObjectPath{ _path }, BusDictionary() }, [](Advertiser& self, const BusReply& reply) {
+            if (!reply.error) {
+                self._state = State::on;
+                self._handlers.started();
+                return self.settle();
+            }
+            self._state = State::off;
+            self._handlers.failed(*reply.error);
+            DispatchQueue::main().asyncAfter(retryInterval, [weak = self.weak_from_this(), spell = self._spell] {
+                if (const auto later = weak.lock(); later && later->_spell == spell)
+                    later->settle();
+            });
         });
-    });
 }
 
 /// Where the daemon has none of ours it says so, which is as good.

@@ -56,7 +56,7 @@ BlueZGattServer::BlueZGattServer(Key, std::shared_ptr<BlueZObjects> objects, std
 BlueZGattServer::~BlueZGattServer()
 {
     if (!_isEnding)
-        stop([] { });
+        stop([] {});
 }
 
 std::string BlueZGattServer::adapter() const { return nameOf(_adapter); }
@@ -227,8 +227,8 @@ void BlueZGattServer::stop(std::function<void()> stopped)
     _advertiser->stop([group] { group->leave(); });
     if (std::exchange(_isRegistered, false)) {
         group->enter();
-        _objects->call(_adapter, interface::gattManager, "UnregisterApplication", { ObjectPath{ _root } }, daemonLimit,
-            leave);
+        _objects->call(
+            _adapter, interface::gattManager, "UnregisterApplication", { ObjectPath{ _root } }, daemonLimit, leave);
     }
     if (const auto alias = std::exchange(_previousAlias, std::nullopt)) {
         group->enter();

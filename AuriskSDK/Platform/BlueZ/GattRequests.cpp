@@ -79,8 +79,7 @@ std::string BlueZGattServer::centralOf(const BusDictionary& options)
     return device ? connected(device->text) : "";
 }
 
-void BlueZGattServer::read(
-    const CBUUID& characteristic, const BusRequest& request, std::shared_ptr<BusAnswer> answer)
+void BlueZGattServer::read(const CBUUID& characteristic, const BusRequest& request, std::shared_ptr<BusAnswer> answer)
 {
     const auto* given = find<BusDictionary>(request.arguments, 0);
     const auto options = given ? *given : BusDictionary();
@@ -94,8 +93,7 @@ void BlueZGattServer::read(
 }
 
 /// The daemon puts long writes together by itself: a part of one is nothing that it sends.
-void BlueZGattServer::write(
-    const CBUUID& characteristic, const BusRequest& request, std::shared_ptr<BusAnswer> answer)
+void BlueZGattServer::write(const CBUUID& characteristic, const BusRequest& request, std::shared_ptr<BusAnswer> answer)
 {
     const auto* value = find<Data>(request.arguments, 0);
     const auto* options = find<BusDictionary>(request.arguments, 1);
@@ -120,7 +118,8 @@ void BlueZGattServer::write(
 
 void BlueZGattServer::subscribe(const CBUUID& characteristic, bool isSubscribed)
 {
-    const bool isNews = isSubscribed ? _subscribed.insert(characteristic).second : _subscribed.erase(characteristic) > 0;
+    const bool isNews
+        = isSubscribed ? _subscribed.insert(characteristic).second : _subscribed.erase(characteristic) > 0;
     if (isNews)
         tell(&GattServerDelegate::gattServerDidSubscribe, characteristic, isSubscribed);
 }

@@ -185,8 +185,7 @@ struct SystemBus::Library {
     static int wasCalled(sd_bus_message* message, void* library, sd_bus_error*)
     {
         BusRequest request{ textOr(sd_bus_message_get_path(message)), textOr(sd_bus_message_get_interface(message)),
-            textOr(sd_bus_message_get_member(message)), readValues(message),
-            { sd_bus_message_ref(message), Unref() } };
+            textOr(sd_bus_message_get_member(message)), readValues(message), { sd_bus_message_ref(message), Unref() } };
         static_cast<Library*>(library)->later(
             [request = std::move(request)](SystemBus& bus) { bus._library->handOver(request); });
         return 1;
@@ -274,8 +273,8 @@ void SystemBus::call(BusCall call, Seconds limit, Answer answered)
         sd_bus_message_set_expect_reply(message.get(), 0);
         result = sd_bus_send(_library->bus.get(), message.get(), nullptr);
     } else {
-        result = sd_bus_call_async(_library->bus.get(), nullptr, message.get(), &Library::didAnswer, _library.get(),
-            microseconds(limit));
+        result = sd_bus_call_async(
+            _library->bus.get(), nullptr, message.get(), &Library::didAnswer, _library.get(), microseconds(limit));
         std::uint64_t number = 0;
         if (result >= 0 && sd_bus_message_get_cookie(message.get(), &number) >= 0)
             _answers.emplace(number, std::move(answered));
