@@ -219,6 +219,8 @@ public:
 struct CBAdvertisementData {
     std::optional<Data> manufacturerData = {}; ///< the company identifier's two bytes first, little-endian
     std::optional<std::string> localName = {};
+
+    friend bool operator==(const CBAdvertisementData&, const CBAdvertisementData&) = default;
 };
 
 /// Hears what the radio finds and what becomes of connections.

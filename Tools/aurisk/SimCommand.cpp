@@ -1,7 +1,7 @@
 #include "Tools/aurisk/SimCommand.h"
 
 #include "Tools/aurisk/Values.h"
-#include "Tools/aurisk/WorldFile.h"
+#include "Tools/aurisk/WearerLine.h"
 
 #include <fmt/format.h>
 
@@ -48,12 +48,99 @@ Names servedAids(const Options& options, const SimulatedWorld& world)
     return all;
 }
 
-ExitCode runSim(const Options& options, Output& output)
+std::shared_ptr<Serving> Serving::start(
+    const Options& options, SimulatedWorld world, Servers servers, Output& output, std::function<void(ExitCode)> ended)
 {
-    const WorldFile file(options.world, options.newWorld);
-    servedAids(options, file.world());
-    output.failure({ .code = ExitCode::bluetoothUnavailable, .sentence = "this build cannot serve hearing aids" });
-    return ExitCode::bluetoothUnavailable;
+    auto serving = std::make_shared<Serving>(Key{}, std::move(servers), output, std::move(ended));
+    serving->_names = servedAids(options, world);
+    for (const auto& name : serving->_names) {
+        auto& latency = world.placed(name).faults.latency;
+        if (latency == LinkFaults{}.latency && serving->_hurried.insert(name).second)
+            latency = Seconds(0);
+    }
+    serving->_simulator = Simulator::create(std::move(world));
+    for (std::size_t i = 0; i < serving->_names.size(); ++i) {
+        const auto adapter = i < options.adapters.size() ? options.adapters[i] : std::string();
+        serving->_aids.push_back(
+            AidOnAir::create(serving->_simulator, serving->_names[i], *serving->_servers, adapter, serving));
+    }
+    return serving;
+}
+
+Serving::Serving(Key, Servers servers, Output& output, std::function<void(ExitCode)> ended)
+    : _servers(std::move(servers))
+    , _output(output)
+    , _ended(std::move(ended))
+{
+}
+
+void Serving::take(const std::string& line)
+try {
+    const auto deed = WearerLine::parse(line);
+    if (!deed)
+        return;
+    if (std::holds_alternative<WearerLine::Help>(deed->deed))
+        _output.document(std::string(WearerLine::help()), { { "help", WearerLine::help() } });
+    deed->apply(*_simulator, _names);
+} catch (const UsageError& error) {
+    _output.note(error.what());
+}
+
+SimulatedWorld Serving::world() const
+{
+    auto world = _simulator->world();
+    for (const auto& name : _hurried)
+        world.placed(name).faults.latency = LinkFaults{}.latency;
+    return world;
+}
+
+void Serving::aidDidBecomeAudible(const AidOnAir& aid)
+{
+    _heard.insert(aid.name());
+    tell(aid, "onAir", fmt::format("{} is on the air as {} {}", aid.name(), aid.adapter(), aid.address()),
+        { { "adapter", aid.adapter() }, { "address", aid.address() } });
+}
+
+/// One that has been on the air waits until it can be there again.
+void Serving::aidCannotBeHeard(const AidOnAir& aid, const std::string& why)
+{
+    if (_heard.contains(aid.name()))
+        return tell(aid, "offAir", fmt::format("{} is off the air: {}", aid.name(), why), { { "why", why } });
+    if (!_ended)
+        return;
+    _output.failure({ .code = ExitCode::bluetoothUnavailable, .sentence = why, .name = aid.name() });
+    finish(ExitCode::bluetoothUnavailable);
+}
+
+void Serving::aidDidConnect(const AidOnAir& aid, const std::string& central)
+{
+    tell(aid, "connected", fmt::format("{} is connected to {}", aid.name(), central), { { "central", central } });
+}
+
+void Serving::aidDidDisconnect(const AidOnAir& aid, const std::string& central)
+{
+    tell(aid, "disconnected", fmt::format("{} is disconnected from {}", aid.name(), central),
+        { { "central", central } });
+}
+
+void Serving::tell(const AidOnAir& aid, const std::string& event, const std::string& words, const Json& more)
+{
+    Json object = { { "event", event }, { "name", aid.name() } };
+    object.update(more);
+    _output.document(words, object);
+}
+
+void Serving::finish(ExitCode code)
+{
+    const auto ended = std::exchange(_ended, nullptr);
+    if (!ended)
+        return;
+    const auto group = std::make_shared<DispatchGroup>();
+    for (const auto& aid : _aids) {
+        group->enter();
+        aid->stop([group] { group->leave(); });
+    }
+    group->notify(DispatchQueue::main(), [ended, code] { ended(code); });
 }
 
 } // namespace aurisk::tool

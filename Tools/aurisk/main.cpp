@@ -1,6 +1,7 @@
 #include "AuriskSDK/Platform/Asio/MainQueue.h"
-#ifdef AURISK_HAS_BLUEZ
+#ifdef AURISK_BLUEZ
 #include "AuriskSDK/Platform/BlueZ/BlueZ.h"
+#include "AuriskSDK/Platform/BlueZ/GattServer.h"
 #endif
 #include "AuriskSDK/Shared/Utils/AuriskLog.h"
 #include "AuriskSDK/Shared/Utils/PreconditionPolicy.h"
@@ -8,6 +9,7 @@
 #include "Tools/aurisk/Arguments.h"
 #include "Tools/aurisk/Codec.h"
 #include "Tools/aurisk/Descriptors.h"
+#include "Tools/aurisk/InputLines.h"
 #include "Tools/aurisk/Run.h"
 #include "Tools/aurisk/SimCommand.h"
 #include "Tools/aurisk/Values.h"
@@ -20,6 +22,7 @@
 #include <csignal>
 #include <cstring>
 #include <exception>
+#include <functional>
 
 #include <unistd.h>
 
@@ -28,20 +31,18 @@ namespace {
 using namespace aurisk;
 using namespace aurisk::tool;
 
-/// Runs one command on a radio and the main queue.
-ExitCode runOn(std::shared_ptr<BluetoothPlatform> radio, Run::Why whyNot, const Options& options,
-    Descriptors& descriptors, Output& output)
+using Ended = std::function<void(ExitCode)>;
+using Interrupt = std::function<void()>;
+
+/// Starts something on the main queue, and runs that until it has ended. `start` is given what to call then, and tells
+/// what is to be called where the user wants it to end.
+ExitCode runUntilEnded(Descriptors& descriptors, const std::function<Interrupt(Ended)>& start)
 {
     auto code = ExitCode::done;
-    const auto ended = [&code](ExitCode itsCode) {
-        code = itsCode;
+    const auto interrupt = start([&code](ExitCode ended) {
+        code = ended;
         stopMainQueue();
-    };
-    auto run = Run::start(options, std::move(radio), output, ended, std::move(whyNot));
-    const auto interrupt = [weak = std::weak_ptr(run)] {
-        if (const auto running = weak.lock())
-            running->interrupt();
-    };
+    });
     descriptors.onLost = interrupt;
     asio::signal_set signals(mainQueueContext(), SIGINT, SIGTERM);
     struct sigaction hangUp { };
@@ -56,6 +57,26 @@ ExitCode runOn(std::shared_ptr<BluetoothPlatform> radio, Run::Why whyNot, const 
     return code;
 }
 
+/// Interrupts `running` for as long as it is there.
+template <typename Running> Interrupt interrupting(const std::shared_ptr<Running>& running)
+{
+    return [weak = std::weak_ptr(running)] {
+        if (const auto alive = weak.lock())
+            alive->interrupt();
+    };
+}
+
+/// Runs one command on a radio.
+ExitCode runOn(std::shared_ptr<BluetoothPlatform> radio, Run::Why whyNot, const Options& options,
+    Descriptors& descriptors, Output& output)
+{
+    std::shared_ptr<Run> run;
+    return runUntilEnded(descriptors, [&](Ended ended) {
+        run = Run::start(options, std::move(radio), output, std::move(ended), std::move(whyNot));
+        return interrupting(run);
+    });
+}
+
 ExitCode runSimulated(const Options& options, Descriptors& descriptors, Output& output)
 {
     WorldFile file(options.world, options.newWorld);
@@ -65,30 +86,69 @@ ExitCode runSimulated(const Options& options, Descriptors& descriptors, Output& 
     return code;
 }
 
+ExitCode refuse(Output& output)
+{
+    output.failure({ .code = ExitCode::bluetoothUnavailable,
+        .sentence = "this build cannot use the computer's radio (--backend sim works without it)" });
+    return ExitCode::bluetoothUnavailable;
+}
+
+/// Runs one command on the radio of the computer.
 ExitCode runReal([[maybe_unused]] const Options& options, [[maybe_unused]] Descriptors& descriptors, Output& output)
 {
-#ifdef AURISK_HAS_BLUEZ
+#ifdef AURISK_BLUEZ
     const auto radio = bluez::makePlatform({ .adapter = options.adapters.empty() ? "" : options.adapters.front() });
-    return runOn(
-        radio, [radio] { return radio->whyNot(); }, options, descriptors, output);
+    const auto whyNot = [radio] { return radio->whyNot(); };
+    return runOn(radio, whyNot, options, descriptors, output);
 #else
-    output.failure({ .code = ExitCode::bluetoothUnavailable,
-        .sentence = "this build cannot use the computer's radio (--backend sim works without one)" });
-    return ExitCode::bluetoothUnavailable;
+    return refuse(output);
 #endif
+}
+
+/// Serves hearing aids of a simulated world on the radio of the computer.
+ExitCode runSim(const Options& options, Descriptors& descriptors, Output& output)
+{
+    WorldFile file(options.world, options.newWorld);
+#ifdef AURISK_BLUEZ
+    std::signal(SIGTTIN, SIG_IGN); // in the background it reads nothing, instead of being stopped
+    std::shared_ptr<Serving> serving;
+    std::shared_ptr<InputLines> typed;
+    const auto code = runUntilEnded(descriptors, [&](Ended ended) {
+        serving = Serving::start(options, file.world(), bluez::makeGattServerPlatform(), output, std::move(ended));
+        typed = InputLines::start(STDIN_FILENO,
+            { .line = [&serving](const std::string& line) { serving->take(line); },
+                .ended =
+                    [interrupt = interrupting(serving)] {
+                        if (isatty(STDIN_FILENO) == 1)
+                            interrupt();
+                    } });
+        return interrupting(serving);
+    });
+    file.keep(serving->world());
+    return code;
+#else
+    servedAids(options, file.world());
+    return refuse(output);
+#endif
+}
+
+ExitCode runOnMainQueue(const Options& options, Descriptors& descriptors, Output& output)
+{
+    if (options.command == Command::sim)
+        return runSim(options, descriptors, output);
+    if (options.backend == Backend::sim)
+        return runSimulated(options, descriptors, output);
+    return runReal(options, descriptors, output);
 }
 
 ExitCode runCommand(const Options& options, Descriptors& descriptors, Output& output)
 {
     if (options.command == Command::codec)
         return ExitCode(codec::runCodec(STDIN_FILENO, descriptors.output()));
-    if (options.command == Command::sim)
-        return runSim(options, output);
     AuriskLog::setEnable(options.log);
     if (!options.log)
         descriptors.silenceLibrary(); // which prints at every advertisement of some devices, and at every percent
-    const auto run = options.backend == Backend::sim ? runSimulated : runReal;
-    const auto code = run(options, descriptors, output);
+    const auto code = runOnMainQueue(options, descriptors, output);
     if (descriptors.error() == 0)
         return code;
     output.note(fmt::format("standard output cannot be written: {}", std::strerror(descriptors.error())));
