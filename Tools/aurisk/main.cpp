@@ -86,7 +86,7 @@ ExitCode runSimulated(const Options& options, Descriptors& descriptors, Output& 
     return code;
 }
 
-ExitCode refuse(Output& output)
+[[maybe_unused]] ExitCode refuse(Output& output)
 {
     output.failure({ .code = ExitCode::bluetoothUnavailable,
         .sentence = "this build cannot use the computer's radio (--backend sim works without it)" });
