@@ -105,8 +105,8 @@ async def ends(lost, what):
 
 
 async def main():
-    world = World("/tmp/client.json")
-    with Served(world, "X1-L") as aid:
+    world = World("/tmp/client.json", "X1-L")
+    with Served(world) as aid:
         device, advertisement = await scan()
         manufacturer = {company: data.hex() for company, data in advertisement.manufacturer_data.items()}
         check.same(advertisement.local_name, "X1-L", "it is heard under its name")
@@ -130,7 +130,7 @@ async def main():
         await scan()
         check(True, "and is on the air again")
 
-    saved = world.aid("X1-L")
+    saved = world.aid()
     check.same((saved["program"], saved["volumes"], saved["battery"]), (1, [5, 6, 7, 5], 20), "the world is saved as it was left")
     check.same(saved["firmware"]["image"], "313233343536373839", "and so is the image")
     check.finish()

@@ -7,7 +7,7 @@ import subprocess
 import sys
 import time
 
-TOOL = os.environ["AURISK"]
+TOOL = os.path.abspath(os.environ["AURISK"])
 
 
 class Checks:
@@ -45,53 +45,54 @@ class Answer:
         return "exit code %s after %.1f s\n%s%s" % (self.code, self.seconds, self.out, self.error)
 
 
-def aurisk(*arguments, limit=60):
+def aurisk(*arguments, limit=60, folder=None):
     start = time.monotonic()
-    run = subprocess.run([TOOL, *map(str, arguments)], stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=limit)
+    run = subprocess.run([TOOL, *arguments], stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=limit, cwd=folder)
     return Answer(run.returncode, run.stdout, run.stderr, time.monotonic() - start)
 
 
-def over_the_air(*arguments, limit=60):
-    return aurisk("--backend", "bluez", *arguments, limit=limit)
+def over_the_air(*arguments, **how):
+    return aurisk("--backend", "bluez", *arguments, **how)
 
 
 class World:
-    """A file with the default hearing aids, whose wearers do nothing by themselves."""
+    """A file with one of the default hearing aids, whose wearer does nothing by itself."""
 
-    def __init__(self, path):
-        self.path = path
+    def __init__(self, path, name):
+        self.path, self.name = path, name
         if os.path.exists(path):
             os.remove(path)
         made = aurisk("--backend", "sim", "--world", path, "--new-world", "scan", "--duration", "0.1")
         if made.code != 0:
             sys.exit("no world: %s" % made)
-        world = self.read()
-        del world["script"]
-        with open(path, "w") as file:
-            json.dump(world, file)
+        self.change(lambda world: world.update(aids=[aid for aid in world["aids"] if aid["name"] == name], script=[]))
 
     def read(self):
         with open(self.path) as file:
             return json.load(file)
 
-    def aid(self, name):
-        return next(aid for aid in self.read()["aids"] if aid["name"] == name)
+    def change(self, change):
+        world = self.read()
+        change(world)
+        with open(self.path, "w") as file:
+            json.dump(world, file)
+
+    def aid(self):
+        return self.read()["aids"][0]
 
 
 class Served:
-    """A hearing aid of a world on the air, for as long as a `with` lasts; its world is saved at the end."""
+    """The hearing aid of a world on the air, for as long as a `with` lasts; its world is saved at the end."""
 
-    def __init__(self, world, name, adapter="hci1"):
-        self.world, self.name, self.adapter = world, name, adapter
+    def __init__(self, world, adapter="hci1"):
+        self.command = [TOOL, "sim", "--adapter", adapter, "--aid", world.name, "--world", world.path]
 
     def __enter__(self):
-        self.process = subprocess.Popen(
-            [TOOL, "sim", "--adapter", self.adapter, "--aid", self.name, "--world", self.world.path],
-            stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        self.process = subprocess.Popen(self.command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
         # It says one line when it can be heard.
         if not select.select([self.process.stdout], [], [], 20)[0] or not self.process.stdout.readline():
             self.process.kill()
-            sys.exit("aurisk sim does not serve %s: exit code %s" % (self.name, self.process.wait()))
+            sys.exit("%s: exit code %s, and nothing on the air" % (" ".join(self.command), self.process.wait()))
         return self
 
     def wearer(self, line):
@@ -101,7 +102,7 @@ class Served:
     def __exit__(self, *_):
         self.process.send_signal(signal.SIGINT)
         try:
-            self.exit_code = self.process.wait(20)
+            self.process.wait(20)
         except subprocess.TimeoutExpired:
             self.process.kill()
             sys.exit("aurisk sim does not end when it is interrupted")
