@@ -9,7 +9,7 @@ import re
 import select
 import subprocess
 
-from served import TOOL, Checks, Radio, Served, World, aurisk, over_the_air
+from served import TOOL, Checks, Radio, Served, World, aurisk, over_the_air, start_afresh
 
 AURISK_RAW = (["raw", "fe68110201048016"], ["raw", "11", "09", "04"])  # a volume, and that of a program that it lacks
 PL3_RAW = (["raw", "7e000183"], ["raw", "7e00020010"])  # the battery, and a volume of 16
@@ -141,6 +141,7 @@ def update(twins):
 
 def a_family(name, raw):
     print("---- " + name)
+    start_afresh()
     twins = Twins(name)
     with Served(twins.air) as aid:
         for command in (*COMMANDS, *raw):
@@ -161,6 +162,7 @@ def refuses(code, what, *arguments):
 
 def mishaps():
     print("---- mishaps")
+    start_afresh()
     world, radio = World("/tmp/mishaps.json", "X1-L"), Radio()
     with Served(world):
         refuses(4, "nobody of this name", "volume", "X9-L")
