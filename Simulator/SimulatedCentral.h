@@ -94,6 +94,7 @@ private:
     MaybeError refusal(bool refused) const;
     MaybeError problemOf(CBCharacteristicProperties needed, const CBCharacteristic& characteristic) const;
     MaybeError problemOfWriting(std::size_t length, const CBCharacteristic&, CBCharacteristicWriteType) const;
+    void failWrite(const Characteristic& characteristic, const MaybeError& problem);
     void confirmWrite(const Characteristic& characteristic, bool failed);
 
     std::weak_ptr<SimulatedCentral> _central;

@@ -193,7 +193,7 @@ void SimulatedPeripheral::writeValue(
         return;
     if (const auto problem = problemOfWriting(value.size(), *characteristic, type)) {
         if (isAnswered)
-            tellSoon(&Delegate::peripheralDidWriteValueFor, characteristic, problem);
+            failWrite(characteristic, problem);
         else
             AuriskLog::log(problem->localizedDescription);
         return;
@@ -211,6 +211,15 @@ void SimulatedPeripheral::writeValue(
                 aid.didReceive(characteristic->uuid(), written);
             self._link->aidDidChange();
         }));
+}
+
+/// Takes as long as a write that is sent, so that it does not overtake the confirmations of those before it.
+void SimulatedPeripheral::failWrite(const Characteristic& characteristic, const MaybeError& problem)
+{
+    _link->carry(whileAlive([=](SimulatedPeripheral& self) {
+        self._link->carry(self.whileConnected(
+            [=](SimulatedPeripheral& me) { me.tell(&Delegate::peripheralDidWriteValueFor, characteristic, problem); }));
+    }));
 }
 
 void SimulatedPeripheral::confirmWrite(const Characteristic& characteristic, bool failed)

@@ -9,6 +9,7 @@ set(layers
     "AuriskSDK/Shared/Utils:AuriskSDK/Platform"
     "AuriskSDK/Platform/Asio:AuriskSDK/Platform,AuriskSDK/Shared/Utils"
     "AuriskSDK/Platform/Manual:AuriskSDK/Platform,AuriskSDK/Shared/Utils"
+    "AuriskSDK/Platform/BlueZ:AuriskSDK/Platform,AuriskSDK/Platform/Asio,AuriskSDK/Shared/Utils"
     "AuriskSDK/Shared/Accessory:AuriskSDK/Platform,AuriskSDK/Shared/Utils"
     "AuriskSDK/Shared/Dfu:AuriskSDK/Platform,AuriskSDK/Shared/Utils"
     # The update over the radio chip tiny600 travels in the frames of the family.
@@ -27,7 +28,7 @@ set(layers
 # The umbrella header, the tool, the examples, tests and benchmarks may include everything.
 
 # What a header that applications include may not bring along.
-set(hidden "asio|fmt|sdbus|CLI")
+set(hidden "asio|fmt|systemd|CLI")
 
 set(faults "")
 function(fault text)

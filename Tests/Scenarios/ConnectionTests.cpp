@@ -1,4 +1,4 @@
-#include "Tests/Simulator/RadioRecorder.h"
+#include "Tests/Simulator/ARadio.h"
 #include "Tests/Support/AuriskScenario.h"
 
 namespace aurisk::tests {

@@ -1,7 +1,7 @@
 #include "Simulator/SimulatedPL3Aid.h"
 
 #include "Simulator/WorldReader.h"
-#include "Tests/Simulator/RadioRecorder.h"
+#include "Tests/Simulator/ARadio.h"
 
 namespace aurisk::simulatortests {
 namespace {

@@ -1,6 +1,6 @@
 #include "Simulator/SimulatedWorld.h"
 
-#include "Tests/Simulator/RadioRecorder.h"
+#include "Tests/Simulator/ARadio.h"
 
 #include <fstream>
 #include <nlohmann/json.hpp>

@@ -1,97 +1,18 @@
 #pragma once
 
 #include "AuriskSDK/Platform/Manual/ManualDispatchQueue.h"
-#include "AuriskSDK/Shared/Utils/HexToData.h"
 #include "Simulator/SimulatedAuriskAid.h"
 #include "Simulator/Simulator.h"
+#include "Tests/Support/RadioRecorder.h"
 
 #include <gmock/gmock.h>
-#include <map>
 
 namespace aurisk::simulatortests {
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using Lines = std::vector<std::string>;
-
-/// Writes down everything that the port tells, one line each.
-class RadioRecorder final : public CBCentralManagerDelegate, public CBPeripheralDelegate {
-public:
-    Lines heard;
-    std::map<std::string, std::shared_ptr<CBPeripheral>> found; ///< by name
-    std::function<void(const std::string& line)> onLine = {};
-
-    Lines take() { return std::exchange(heard, {}); }
-
-    void centralManagerDidUpdateState(CBCentralManager& central) override
-    {
-        hear("state " + std::to_string(int(central.state())));
-    }
-    void centralManagerDidDiscover(CBCentralManager&, const std::shared_ptr<CBPeripheral>& peripheral,
-        const CBAdvertisementData&, std::optional<int> rssi) override
-    {
-        found[*peripheral->name()] = peripheral;
-        hear("found " + *peripheral->name() + " " + std::to_string(*rssi));
-    }
-    void centralManagerDidConnect(CBCentralManager&, const std::shared_ptr<CBPeripheral>& peripheral) override
-    {
-        hear("connected " + *peripheral->name());
-    }
-    void centralManagerDidDisconnectPeripheral(
-        CBCentralManager&, const std::shared_ptr<CBPeripheral>& peripheral, const MaybeError& error) override
-    {
-        hear("disconnected " + *peripheral->name() + text(error));
-    }
-    void centralManagerDidFailToConnect(
-        CBCentralManager&, const std::shared_ptr<CBPeripheral>& peripheral, const MaybeError& error) override
-    {
-        hear("failed " + *peripheral->name() + text(error));
-    }
-
-    void peripheralDidDiscoverServices(CBPeripheral& peripheral, const MaybeError& error) override
-    {
-        std::string line = "services";
-        for (const auto& service : peripheral.services())
-            line += " " + service->uuid().uuidString();
-        hear(line + text(error));
-    }
-    void peripheralDidDiscoverCharacteristicsFor(
-        CBPeripheral&, const std::shared_ptr<CBService>& service, const MaybeError& error) override
-    {
-        auto line = "characteristics of " + service->uuid().uuidString() + ":";
-        for (const auto& one : service->characteristics())
-            line += " " + one->uuid().uuidString() + "/" + std::to_string(int(one->properties()));
-        hear(line + text(error));
-    }
-    void peripheralDidUpdateValueFor(
-        CBPeripheral&, const std::shared_ptr<CBCharacteristic>& one, const MaybeError& error) override
-    {
-        hear("value " + one->uuid().uuidString() + " " + (error ? "" : ask_hexadecimal(*one->value())) + text(error));
-    }
-    void peripheralDidWriteValueFor(
-        CBPeripheral&, const std::shared_ptr<CBCharacteristic>& one, const MaybeError& error) override
-    {
-        hear("written " + one->uuid().uuidString() + text(error));
-    }
-    void peripheralDidUpdateNotificationStateFor(
-        CBPeripheral&, const std::shared_ptr<CBCharacteristic>& one, const MaybeError& error) override
-    {
-        hear("subscribed " + one->uuid().uuidString() + text(error));
-    }
-
-private:
-    static std::string text(const MaybeError& error)
-    {
-        return error ? ", " + error->domain + " " + std::to_string(error->code) : "";
-    }
-    void hear(const std::string& line)
-    {
-        heard.push_back(line);
-        if (onLine)
-            onLine(line);
-    }
-};
+using namespace tests;
 
 /// A radio with the aids "X1-L" and "X1-R", in virtual time. A link takes 5 ms each way.
 struct ARadio : testing::Test {
@@ -188,9 +109,6 @@ struct ARadio : testing::Test {
     std::shared_ptr<CBCharacteristic> request, reply, battery;
 };
 
-constexpr auto readVolume1 = "fe68110201048016", volume1Is10 = "value AE02 00fe68910301040a0b16";
-constexpr auto readVolume2 = "fe68110202048116", volume2Is11 = "value AE02 00fe68910302040b0d16";
-constexpr auto readVolume3 = "fe68110203048216", volume3Is12 = "value AE02 00fe68910303040c0f16";
 constexpr auto volume1Refused = "value AE02 00fe68d10201044016";
 
 } // namespace aurisk::simulatortests
