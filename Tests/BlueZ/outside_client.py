@@ -4,14 +4,14 @@
 It uses bleak, and writes and expects frames as they stand in docs/formats.
 """
 import asyncio
+import contextlib
 
-from bleak import BleakClient, BleakScanner
+from bleak import BleakClient, BleakError, BleakScanner
 
+from exchange import ADDRESS, uuid
 from served import Checks, Served, World
 
-REQUESTS, REPLIES, BATTERY, UPDATE, UPDATE_ANSWERS = (
-    "0000%s-0000-1000-8000-00805f9b34fb" % short for short in ("ae01", "ae02", "2a19", "ae3b", "ae3c"))
-ADDRESS = "00:AA:01:01:00:01"
+REQUESTS, REPLIES, BATTERY, UPDATE, UPDATE_ANSWERS = EVERYTHING = [uuid(short) for short in ("ae01", "ae02", "2a19", "ae3b", "ae3c")]
 
 check = Checks()
 
@@ -43,6 +43,30 @@ async def scan():
 
     async with BleakScanner(heard, adapter="hci0"):
         return await asyncio.wait_for(found, 20)
+
+
+@contextlib.asynccontextmanager
+async def connection(device):
+    """A connection with everything that the hearing aid offers, and the event of its end.
+
+    This version of bleak takes the services to be complete a little before the daemon shows the last of them, and leaves it
+    to its users to try again.
+    """
+    for attempt in range(1, 6):
+        lost = asyncio.Event()
+        client = BleakClient(device, lambda _, lost=lost: lost.set(), adapter="hci0")
+        try:
+            await client.connect()
+            if all(client.services.get_characteristic(one) for one in EVERYTHING):
+                break
+            print("attempt %d: services are missing" % attempt)
+        except BleakError as error:
+            print("attempt %d: %s" % (attempt, error))
+        await client.disconnect()
+    try:
+        yield client, lost
+    finally:
+        await client.disconnect()
 
 
 async def talk(client, aid):
@@ -112,15 +136,13 @@ async def main():
         check.same(advertisement.local_name, "X1-L", "it is heard under its name")
         check.same(manufacturer, {0xFEFE: "0a1b2c3d4e5f0806"}, "its manufacturer data is whole")
 
-        lost = asyncio.Event()
-        async with BleakClient(device, lambda _: lost.set(), adapter="hci0") as client:
+        async with connection(device) as (client, lost):
             await talk(client, aid)
             aid.wearer("drop")
             await ends(lost, "the hearing aid ends the link")
 
         device, _ = await scan()
-        lost = asyncio.Event()
-        async with BleakClient(device, lambda _: lost.set(), adapter="hci0") as client:
+        async with connection(device) as (client, lost):
             replies = Heard()
             await client.start_notify(REPLIES, replies)
             await client.write_gatt_char(REQUESTS, bytes.fromhex("fe68110201048016"), response=False)

@@ -5,6 +5,7 @@ import select
 import signal
 import subprocess
 import sys
+import threading
 import time
 
 TOOL = os.path.abspath(os.environ["AURISK"])
@@ -98,6 +99,8 @@ class Served:
         if not select.select([self.process.stdout], [], [], 20)[0] or not self.process.stdout.readline():
             self.process.kill()
             sys.exit("%s: exit code %s, and nothing on the air" % (" ".join(self.command), self.process.wait()))
+        # Whatever else it says is not to stop it when the pipe is full.
+        threading.Thread(target=self.process.stdout.read, daemon=True).start()
         return self
 
     def wearer(self, line):
