@@ -95,10 +95,12 @@ class Served:
 
     def __enter__(self):
         self.process = subprocess.Popen(self.command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
-        # It says one line when it can be heard.
-        if not select.select([self.process.stdout], [], [], 20)[0] or not self.process.stdout.readline():
+        # It says one line when it can be heard, and ends without where it cannot.
+        if not select.select([self.process.stdout], [], [], 20)[0]:
             self.process.kill()
-            sys.exit("%s: exit code %s, and nothing on the air" % (" ".join(self.command), self.process.wait()))
+            sys.exit("%s: nothing on the air after 20 s" % " ".join(self.command))
+        if not self.process.stdout.readline():
+            sys.exit("%s: exit code %d, and nothing on the air" % (" ".join(self.command), self.process.wait()))
         # Whatever else it says is not to stop it when the pipe is full.
         threading.Thread(target=self.process.stdout.read, daemon=True).start()
         return self
