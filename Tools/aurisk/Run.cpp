@@ -10,22 +10,6 @@ namespace aurisk::tool {
 
 namespace {
 
-/// None while the radio may yet become ready.
-std::optional<std::string> whyUnavailable(CBManagerState state, Backend backend)
-{
-    switch (state) {
-    case CBManagerState::poweredOff: return "Bluetooth is switched off";
-    case CBManagerState::unsupported:
-        return std::string("there is no Bluetooth radio")
-            + (backend == Backend::bluez ? " (--backend sim works without one)" : "");
-    case CBManagerState::unauthorized: return "Bluetooth may not be used from here";
-    case CBManagerState::unknown:
-    case CBManagerState::resetting:
-    case CBManagerState::poweredOn: break;
-    }
-    return std::nullopt;
-}
-
 /// A command that lasts until it is interrupted is done then.
 ExitCode codeOfInterruption(Command command)
 {
@@ -50,9 +34,10 @@ std::string wordsOf(const Options& options)
 } // namespace
 
 std::shared_ptr<Run> Run::start(const Options& options, std::shared_ptr<BluetoothPlatform> platform, Output& output,
-    std::function<void(ExitCode)> ended)
+    std::function<void(ExitCode)> ended, Why whyNot)
 {
     auto run = std::make_shared<Run>(Key{}, options, output, std::move(ended));
+    run->_whyNot = std::move(whyNot);
     try {
         run->_plan = planOf(options);
     } catch (const UsageError& error) {
@@ -90,9 +75,28 @@ void Run::accessoryManagerIsAvailable(const std::shared_ptr<AccessoryManager>&, 
         }
         return;
     }
-    const auto why = whyUnavailable(_manager->blueState(), _options.backend);
+    const auto why = whyUnavailable();
     if (why && _sessions.empty()) // sessions hear of it by themselves
         fail({ .code = ExitCode::bluetoothUnavailable, .sentence = *why });
+}
+
+/// None while the radio may yet become ready.
+std::optional<std::string> Run::whyUnavailable() const
+{
+    std::string sentence;
+    switch (_manager->blueState()) {
+    case CBManagerState::poweredOff: sentence = "Bluetooth is switched off"; break;
+    case CBManagerState::unsupported: sentence = "there is no Bluetooth radio"; break;
+    case CBManagerState::unauthorized: sentence = "Bluetooth may not be used from here"; break;
+    case CBManagerState::unknown:
+    case CBManagerState::resetting:
+    case CBManagerState::poweredOn: return std::nullopt;
+    }
+    if (const auto why = _whyNot ? _whyNot() : ""; !why.empty())
+        sentence += ": " + why;
+    if (_options.backend == Backend::bluez)
+        sentence += " (--backend sim works without it)";
+    return sentence;
 }
 
 void Run::begin()

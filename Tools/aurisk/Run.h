@@ -22,9 +22,12 @@ class Run final : public AccessoryManagerStatusDelegate, public std::enable_shar
     };
 
 public:
+    /// Says why the radio cannot be used, where it knows more than its state tells; else it says nothing.
+    using Why = std::function<std::string()>;
+
     /// Begins. `ended` is called once, when everything has ended; `output` lives until then.
     static std::shared_ptr<Run> start(const Options& options, std::shared_ptr<BluetoothPlatform> platform,
-        Output& output, std::function<void(ExitCode)> ended);
+        Output& output, std::function<void(ExitCode)> ended, Why whyNot = {});
     Run(Key, const Options& options, Output& output, std::function<void(ExitCode)> ended);
 
     /// The user wants to end. Scanning, listening and finding are done then, everything else is given up.
@@ -38,6 +41,7 @@ private:
     std::optional<Failure> check(const Accessory& device) const;
     void conclude();
     void sessionEnded(ExitCode code);
+    std::optional<std::string> whyUnavailable() const;
     void fail(const Failure& failure);
     void finish(ExitCode code);
 
@@ -45,6 +49,7 @@ private:
     Plan _plan;
     Output& _output;
     std::function<void(ExitCode)> _ended;
+    Why _whyNot;
     Seconds _began;
     std::shared_ptr<AccessoryManager> _manager;
     std::shared_ptr<DispatchTimer> _radioLimit; ///< until the radio is known to be on

@@ -1,5 +1,8 @@
 #include "AuriskSDK/Platform/Asio/MainQueue.h"
+#ifdef AURISK_BLUEZ
+#include "AuriskSDK/Platform/BlueZ/BlueZ.h"
 #include "AuriskSDK/Platform/BlueZ/GattServer.h"
+#endif
 #include "AuriskSDK/Shared/Utils/AuriskLog.h"
 #include "AuriskSDK/Shared/Utils/PreconditionPolicy.h"
 #include "Simulator/Simulator.h"
@@ -63,19 +66,43 @@ template <typename Running> Interrupt interrupting(const std::shared_ptr<Running
     };
 }
 
-/// Runs one command on the simulated radio.
+/// Runs one command on a radio.
+ExitCode runOn(std::shared_ptr<BluetoothPlatform> radio, Run::Why whyNot, const Options& options,
+    Descriptors& descriptors, Output& output)
+{
+    std::shared_ptr<Run> run;
+    return runUntilEnded(descriptors, [&](Ended ended) {
+        run = Run::start(options, std::move(radio), output, std::move(ended), std::move(whyNot));
+        return interrupting(run);
+    });
+}
+
 ExitCode runSimulated(const Options& options, Descriptors& descriptors, Output& output)
 {
     WorldFile file(options.world, options.newWorld);
     const auto simulator = Simulator::create(file.world());
-    std::shared_ptr<Run> run;
-    const auto code = runUntilEnded(descriptors, [&](Ended ended) {
-        run = Run::start(options, simulator->platform(), output, std::move(ended));
-        return interrupting(run);
-    });
-    run.reset();
+    const auto code = runOn(simulator->platform(), {}, options, descriptors, output);
     file.keep(simulator->world());
     return code;
+}
+
+[[maybe_unused]] ExitCode refuse(Output& output)
+{
+    output.failure({ .code = ExitCode::bluetoothUnavailable,
+        .sentence = "this build cannot use the computer's radio (--backend sim works without it)" });
+    return ExitCode::bluetoothUnavailable;
+}
+
+/// Runs one command on the radio of the computer.
+ExitCode runReal([[maybe_unused]] const Options& options, [[maybe_unused]] Descriptors& descriptors, Output& output)
+{
+#ifdef AURISK_BLUEZ
+    const auto radio = bluez::makePlatform({ .adapter = options.adapters.empty() ? "" : options.adapters.front() });
+    const auto whyNot = [radio] { return radio->whyNot(); };
+    return runOn(radio, whyNot, options, descriptors, output);
+#else
+    return refuse(output);
+#endif
 }
 
 /// Serves hearing aids of a simulated world on the radio of the computer.
@@ -101,8 +128,7 @@ ExitCode runSim(const Options& options, Descriptors& descriptors, Output& output
     return code;
 #else
     servedAids(options, file.world());
-    output.failure({ .code = ExitCode::bluetoothUnavailable, .sentence = "this build has no backend for BlueZ" });
-    return ExitCode::bluetoothUnavailable;
+    return refuse(output);
 #endif
 }
 
@@ -112,9 +138,7 @@ ExitCode runOnMainQueue(const Options& options, Descriptors& descriptors, Output
         return runSim(options, descriptors, output);
     if (options.backend == Backend::sim)
         return runSimulated(options, descriptors, output);
-    output.failure({ .code = ExitCode::bluetoothUnavailable,
-        .sentence = "this build has no backend for BlueZ (--backend sim is there)" });
-    return ExitCode::bluetoothUnavailable;
+    return runReal(options, descriptors, output);
 }
 
 ExitCode runCommand(const Options& options, Descriptors& descriptors, Output& output)

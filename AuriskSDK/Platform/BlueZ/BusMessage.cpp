@@ -209,8 +209,8 @@ private:
     void dictionary(const Map& map, const std::string& entry, const WriteEntry& writeEntry)
     {
         within('a', "{" + entry + "}", [&] {
-            for (const auto& [key, mapped] : map)
-                within('e', entry, [&] { writeEntry(key, mapped); });
+            for (const auto& one : map)
+                within('e', entry, [&] { writeEntry(one.first, one.second); });
         });
     }
 

@@ -167,9 +167,9 @@ struct SystemBus::Library {
     {
         BusSignal signal{ textOr(sd_bus_message_get_path(message)), textOr(sd_bus_message_get_interface(message)),
             textOr(sd_bus_message_get_member(message)), readValues(message) };
-        static_cast<Library*>(library)->later([signal = std::move(signal)](SystemBus& bus) {
-            if (bus._handlers.heard)
-                bus._handlers.heard(signal);
+        static_cast<Library*>(library)->later([signal = std::move(signal)](SystemBus& owner) {
+            if (owner._handlers.heard)
+                owner._handlers.heard(signal);
         });
         return 0;
     }
@@ -187,7 +187,7 @@ struct SystemBus::Library {
         BusRequest request{ textOr(sd_bus_message_get_path(message)), textOr(sd_bus_message_get_interface(message)),
             textOr(sd_bus_message_get_member(message)), readValues(message), { sd_bus_message_ref(message), Unref() } };
         static_cast<Library*>(library)->later(
-            [request = std::move(request)](SystemBus& bus) { bus._library->handOver(request); });
+            [request = std::move(request)](SystemBus& owner) { owner._library->handOver(request); });
         return 1;
     }
 

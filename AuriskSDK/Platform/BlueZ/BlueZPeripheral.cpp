@@ -1,0 +1,532 @@
+#include "AuriskSDK/Platform/BlueZ/BlueZPeripheral.h"
+
+#include "AuriskSDK/Platform/BlueZ/BlueZCentral.h"
+#include "AuriskSDK/Platform/BlueZ/BlueZRadio.h"
+#include "AuriskSDK/Shared/Utils/AuriskLog.h"
+#include "AuriskSDK/Shared/Utils/HexToData.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace aurisk::bluez {
+
+namespace {
+
+using State = CBPeripheralState;
+using Properties = CBCharacteristicProperties;
+
+/// The daemon gives up a transaction of the attribute protocol after 30 s (Core Specification, Vol 3 Part F 3.3.3), and
+/// the link with it.
+constexpr Seconds operationLimit{ 35 };
+
+constexpr Seconds disconnectLimit{ 10 };
+
+/// How long operations that were asked for before the end of a connection may take.
+constexpr Seconds drainLimit{ 1 };
+
+/// How long the daemon may take to read a battery level of its own.
+constexpr Seconds batteryPatience{ 1 };
+
+const CBUUID batteryService(0x180F), batteryLevelCharacteristic(0x2A19);
+
+struct Flag {
+    std::string_view name;
+    Properties property;
+};
+
+/// The daemon's words for the properties of a characteristic that matter here.
+constexpr Flag flags[] = {
+    { "read", Properties::read },
+    { "write-without-response", Properties::writeWithoutResponse },
+    { "write", Properties::write },
+    { "notify", Properties::notify },
+    { "indicate", Properties::indicate },
+};
+
+Properties propertiesOf(const std::vector<std::string>& words)
+{
+    auto all = Properties::none;
+    for (const auto& flag : flags)
+        if (std::find(words.begin(), words.end(), flag.name) != words.end())
+            all = all | flag.property;
+    return all;
+}
+
+/// A UUID of version 8, which is the maker's own (RFC 9562, 5.8), with the device's address in its last six bytes.
+CBUUID identifierOf(const std::string& address)
+{
+    CBUUID::Bytes bytes = { 0xB1, 0x5E, 0x00, 0x00, 0xA1, 0xD5, 0x80, 0x00, 0x80, 0x00 };
+    auto digits = address;
+    std::erase(digits, ':');
+    const auto six = ask_hexadecimal(digits).value_or(Data{});
+    std::copy_n(six.begin(), std::min<std::size_t>(six.size(), 6), bytes.begin() + 10);
+    return CBUUID(bytes);
+}
+
+} // namespace
+
+std::shared_ptr<BlueZPeripheral> BlueZPeripheral::create(std::weak_ptr<BlueZCentral> central,
+    std::shared_ptr<BlueZRadio> radio, const std::string& address, std::string devicePath)
+{
+    return std::make_shared<BlueZPeripheral>(
+        Key(), std::move(central), std::move(radio), address, std::move(devicePath));
+}
+
+BlueZPeripheral::BlueZPeripheral(Key, std::weak_ptr<BlueZCentral> central, std::shared_ptr<BlueZRadio> radio,
+    const std::string& address, std::string devicePath)
+    : _central(std::move(central))
+    , _radio(std::move(radio))
+    , _identifier(identifierOf(address))
+    , _path(std::move(devicePath))
+    , _lastName(name())
+{
+}
+
+BlueZPeripheral::~BlueZPeripheral() { abandon(); }
+
+BlueZObjects& BlueZPeripheral::objects() const { return _radio->objects(); }
+
+std::optional<std::string> BlueZPeripheral::name() const
+{
+    const auto* name = objects().property<std::string>(_path, interface::device, "Name");
+    return name ? std::optional(*name) : _lastName;
+}
+
+std::string BlueZPeripheral::label() const { return name().value_or(_identifier.uuidString()); }
+
+template <typename Step> auto BlueZPeripheral::inThisConnection(Step work)
+{
+    return [weak = weak_from_this(), connection = _connection, work](const auto&... arguments) mutable {
+        if (const auto self = weak.lock(); self && self->_connection == connection)
+            work(*self, arguments...);
+    };
+}
+
+template <typename... Declared, typename... Given>
+void BlueZPeripheral::tell(void (Delegate::*event)(CBPeripheral&, Declared...), const Given&... given)
+{
+    const auto delegate = _delegate.lock();
+    if (delegate && _state == State::connected)
+        (delegate.get()->*event)(*this, given...);
+}
+
+template <typename... Declared, typename... Given>
+void BlueZPeripheral::tellSoon(void (Delegate::*event)(CBPeripheral&, Declared...), const Given&... given)
+{
+    DispatchQueue::main().async(
+        inThisConnection([event, given...](BlueZPeripheral& self) { self.tell(event, given...); }));
+}
+
+// Connections
+
+void BlueZPeripheral::enter(State state)
+{
+    const bool wasFree = _state == State::disconnected;
+    _state = state;
+    if (wasFree && state != State::disconnected)
+        _radio->didOccupy(_path);
+    if (!wasFree && state == State::disconnected)
+        _radio->didFree(_path);
+}
+
+void BlueZPeripheral::connect()
+{
+    if (_state == State::disconnecting)
+        _connectsAgain = true;
+    if (_state != State::disconnected)
+        return;
+    enter(State::connecting);
+    if (_radio->state() == CBManagerState::poweredOn)
+        return _radio->connector().connect(shared_from_this(), _radio->options().connectionLimit);
+    DispatchQueue::main().async(inThisConnection([](BlueZPeripheral& self) {
+        self.connectionFailed(bluezError(ErrorCode::radioOff, "The radio is not powered on."));
+    }));
+}
+
+void BlueZPeripheral::connectionIsMade()
+{
+    const auto self = shared_from_this();
+    _lastName = name();
+    enter(State::connected);
+    if (const auto central = _central.lock())
+        central->tell(&CBCentralManagerDelegate::centralManagerDidConnect, std::shared_ptr<CBPeripheral>(self));
+}
+
+void BlueZPeripheral::connectionFailed(const BluetoothError& error) { end(error); }
+
+void BlueZPeripheral::connectionIsGivenUp() { end(std::nullopt); }
+
+void BlueZPeripheral::cancel()
+{
+    _connectsAgain = false;
+    if (_state == State::connecting) {
+        enter(State::disconnecting);
+        if (!_radio->connector().cancel(*this)) // it has failed, which was to be told soon
+            DispatchQueue::main().async(inThisConnection([](BlueZPeripheral& self) { self.end(std::nullopt); }));
+    } else if (_state == State::connected) {
+        enter(State::disconnecting);
+        _endsOnceIdle = true;
+        DispatchQueue::main().asyncAfter(
+            drainLimit, inThisConnection([](BlueZPeripheral& self) { self.disconnect(); }));
+        beginNext();
+    }
+}
+
+/// Ends the link once what was asked for before is done.
+void BlueZPeripheral::disconnect()
+{
+    if (!std::exchange(_endsOnceIdle, false))
+        return;
+    objects().call(_path, interface::device, "Disconnect", {}, disconnectLimit,
+        inThisConnection([](BlueZPeripheral& self, const BusReply& reply) {
+            if (reply.error)
+                AuriskLog::log(reply.error->message);
+            self.end(std::nullopt);
+        }));
+}
+
+void BlueZPeripheral::linkDidGo(const BluetoothError& error)
+{
+    if (!_radio->connector().isTrying(*this)) // which tells by itself what becomes of an attempt
+        end(error);
+}
+
+/// The connection, or the attempt at one, is over. There is no error where the host asked for that.
+void BlueZPeripheral::end(const MaybeError& error)
+{
+    const auto self = shared_from_this();
+    const auto before = _state;
+    if (before == State::disconnected)
+        return;
+    ++_connection;
+    _services.clear();
+    _operations.clear();
+    _isOperating = false;
+    _endsOnceIdle = false;
+    _reading = nullptr;
+    _heardWhileReading.clear();
+    enter(State::disconnected);
+    const auto again = std::exchange(_connectsAgain, false);
+    if (const auto central = _central.lock()) {
+        const std::shared_ptr<CBPeripheral> peripheral = self;
+        if (before == State::connecting)
+            central->tell(&CBCentralManagerDelegate::centralManagerDidFailToConnect, peripheral, error);
+        else
+            central->tell(&CBCentralManagerDelegate::centralManagerDidDisconnectPeripheral, peripheral,
+                before == State::disconnecting ? MaybeError() : error);
+    }
+    if (again)
+        connect();
+}
+
+/// Ends whatever there is, and nobody is told.
+void BlueZPeripheral::abandon()
+{
+    if (_state == State::disconnected)
+        return;
+    if (_state == State::connected || _endsOnceIdle)
+        objects().call(_path, interface::device, "Disconnect", {}, disconnectLimit, nullptr);
+    ++_connection;
+    _services.clear();
+    _operations.clear();
+    enter(State::disconnected);
+    _radio->connector().abandon(*this);
+}
+
+// Operations: the daemon does one at a time for a characteristic, and the attribute protocol one for a link
+
+void BlueZPeripheral::enqueue(std::function<void(BlueZPeripheral&)> operation)
+{
+    _operations.push_back(std::move(operation));
+    beginNext();
+}
+
+void BlueZPeripheral::beginNext()
+{
+    if (_isOperating)
+        return;
+    if (_operations.empty())
+        return disconnect();
+    const auto operation = std::move(_operations.front());
+    _operations.pop_front();
+    _isOperating = true;
+    operation(*this);
+}
+
+void BlueZPeripheral::operationDidEnd()
+{
+    _isOperating = false;
+    beginNext();
+}
+
+void BlueZPeripheral::callCharacteristic(const Characteristic& characteristic, const char* member, BusValues arguments,
+    std::function<void(BlueZPeripheral&, const BusReply&)> answered)
+{
+    objects().call(characteristic->path, interface::characteristic, member, std::move(arguments), operationLimit,
+        inThisConnection([answered = std::move(answered)](BlueZPeripheral& self, const BusReply& reply) {
+            const auto connection = self._connection;
+            answered(self, reply);
+            if (self._connection == connection)
+                self.operationDidEnd();
+        }));
+}
+
+MaybeError BlueZPeripheral::errorOf(
+    const char* what, const CBCharacteristic& characteristic, const BusReply& reply) const
+{
+    if (!reply.error)
+        return std::nullopt;
+    return bluezError(fmt::format("{} {} of {}", what, characteristic.uuid().uuidString(), label()), *reply.error);
+}
+
+// Services and characteristics
+
+void BlueZPeripheral::discoverServices()
+{
+    if (_state == State::connected)
+        DispatchQueue::main().async(inThisConnection([](BlueZPeripheral& self) { self.didAskForServices(true); }));
+}
+
+void BlueZPeripheral::didAskForServices(bool mayWait)
+{
+    if (mayWait && isBatteryLate())
+        return DispatchQueue::main().asyncAfter(
+            batteryPatience, inThisConnection([](BlueZPeripheral& self) { self.didAskForServices(false); }));
+    if (_services.empty())
+        makeServices();
+    tell(&Delegate::peripheralDidDiscoverServices, MaybeError());
+}
+
+/// Some daemons keep the battery service of a device for themselves, and tell the level a little later.
+bool BlueZPeripheral::isBatteryLate() const
+{
+    const auto* offered = objects().property<std::vector<std::string>>(_path, interface::device, "UUIDs");
+    if (!_services.empty() || !offered || batteryLevel())
+        return false;
+    const auto isBattery = [](const std::string& uuid) { return CBUUID::fromString(uuid) == batteryService; };
+    const auto isShown = [&](const std::string& path) {
+        const auto* uuid = objects().property<std::string>(path, interface::service, "UUID");
+        return uuid && isBattery(*uuid);
+    };
+    const auto shown = objects().below(_path, interface::service);
+    return std::any_of(offered->begin(), offered->end(), isBattery)
+        && std::none_of(shown.begin(), shown.end(), isShown);
+}
+
+void BlueZPeripheral::makeServices()
+{
+    bool hasBattery = false;
+    for (const auto& path : objects().below(_path, interface::service)) {
+        const auto* text = objects().property<std::string>(path, interface::service, "UUID");
+        const auto uuid = text ? CBUUID::fromString(*text) : std::nullopt;
+        if (!uuid || !objects().isTrue(path, interface::service, "Primary"))
+            continue;
+        hasBattery = hasBattery || *uuid == batteryService;
+        _services.push_back(std::make_shared<BlueZService>(*uuid, weak_from_this(), path));
+    }
+    if (!hasBattery && batteryLevel())
+        _services.push_back(std::make_shared<BlueZService>(batteryService, weak_from_this(), ""));
+}
+
+void BlueZPeripheral::discoverCharacteristics(const std::shared_ptr<CBService>& service)
+{
+    if (!has(service))
+        return;
+    DispatchQueue::main().async(inThisConnection([service](BlueZPeripheral& self) {
+        if (service->characteristics().empty())
+            self.makeCharacteristics(service);
+        self.tell(&Delegate::peripheralDidDiscoverCharacteristicsFor, service, MaybeError());
+    }));
+}
+
+void BlueZPeripheral::makeCharacteristics(const std::shared_ptr<CBService>& service) const
+{
+    const auto& servicePath = static_cast<const BlueZService&>(*service).path;
+    std::vector<std::shared_ptr<CBCharacteristic>> all;
+    if (servicePath.empty())
+        all.push_back(std::make_shared<BlueZCharacteristic>(
+            batteryLevelCharacteristic, Properties::read | Properties::notify, service, ""));
+    else
+        for (const auto& path : objects().below(servicePath, interface::characteristic)) {
+            const auto* text = objects().property<std::string>(path, interface::characteristic, "UUID");
+            const auto* words = objects().property<std::vector<std::string>>(path, interface::characteristic, "Flags");
+            if (const auto uuid = text ? CBUUID::fromString(*text) : std::nullopt; uuid && words)
+                all.push_back(std::make_shared<BlueZCharacteristic>(*uuid, propertiesOf(*words), service, path));
+        }
+    service->setCharacteristics(std::move(all));
+}
+
+bool BlueZPeripheral::has(const std::shared_ptr<CBService>& service) const
+{
+    return _state == State::connected && std::find(_services.begin(), _services.end(), service) != _services.end();
+}
+
+/// The characteristic, where it is one of this connection.
+BlueZPeripheral::Characteristic BlueZPeripheral::mine(const std::shared_ptr<CBCharacteristic>& characteristic) const
+{
+    const auto service = characteristic ? characteristic->service() : nullptr;
+    if (!has(service))
+        return nullptr;
+    const auto& all = service->characteristics();
+    const auto found = std::find(all.begin(), all.end(), characteristic);
+    return found == all.end() ? nullptr : std::static_pointer_cast<BlueZCharacteristic>(*found);
+}
+
+MaybeError BlueZPeripheral::problemOf(Properties needed, const CBCharacteristic& characteristic) const
+{
+    if (contains(characteristic.properties(), needed))
+        return std::nullopt;
+    return bluezError(ErrorCode::notPermitted,
+        fmt::format("Characteristic {} of {} does not permit that.", characteristic.uuid().uuidString(), label()));
+}
+
+// Values
+
+void BlueZPeripheral::setNotifyValue(bool enabled, const std::shared_ptr<CBCharacteristic>& characteristic)
+{
+    const auto one = mine(characteristic);
+    if (!one)
+        return;
+    const auto event = &Delegate::peripheralDidUpdateNotificationStateFor;
+    if (const auto problem = problemOf(Properties::notify | Properties::indicate, *one))
+        return tellSoon(event, characteristic, problem);
+    one->isSubscribed = enabled; // now, so that the first value does not come too early
+    if (one->path.empty())
+        return tellSoon(event, characteristic, MaybeError());
+    enqueue([=](BlueZPeripheral& self) {
+        self.callCharacteristic(
+            one, enabled ? "StartNotify" : "StopNotify", {}, [=](BlueZPeripheral& me, const BusReply& reply) {
+                const auto error = me.errorOf("subscribing to", *one, reply);
+                if (error)
+                    one->isSubscribed = false;
+                me.tell(event, characteristic, error);
+            });
+    });
+}
+
+void BlueZPeripheral::readValue(const std::shared_ptr<CBCharacteristic>& characteristic)
+{
+    const auto one = mine(characteristic);
+    if (!one)
+        return;
+    if (const auto problem = problemOf(Properties::read, *one))
+        return tellSoon(&Delegate::peripheralDidUpdateValueFor, characteristic, problem);
+    if (one->path.empty())
+        return DispatchQueue::main().async(inThisConnection([one](BlueZPeripheral& self) {
+            if (auto level = self.batteryLevel())
+                self.take(one, std::move(*level));
+        }));
+    enqueue([one](BlueZPeripheral& self) {
+        self._reading = one;
+        self.callCharacteristic(one, "ReadValue", { BusDictionary{} },
+            [one](BlueZPeripheral& me, const BusReply& reply) { me.didRead(one, reply); });
+    });
+}
+
+/// The daemon tells what has been read as a changed value, too, before it answers: the last one that equals the answer
+/// is no notification.
+void BlueZPeripheral::didRead(const Characteristic& characteristic, const BusReply& reply)
+{
+    _reading = nullptr;
+    auto heard = std::exchange(_heardWhileReading, {});
+    const auto* answer = find<Data>(reply.values, 0);
+    if (answer)
+        if (const auto echo = std::find(heard.rbegin(), heard.rend(), *answer); echo != heard.rend())
+            heard.erase(std::next(echo).base());
+    for (auto& value : heard)
+        if (characteristic->isSubscribed)
+            take(characteristic, std::move(value));
+    if (answer)
+        return take(characteristic, *answer);
+    const auto error = reply.error ? errorOf("reading", *characteristic, reply)
+                                   : MaybeError(bluezError(ErrorCode::failed, "The daemon answered with no value."));
+    tell(&Delegate::peripheralDidUpdateValueFor, std::shared_ptr<CBCharacteristic>(characteristic), error);
+}
+
+void BlueZPeripheral::take(const Characteristic& characteristic, Data value)
+{
+    if (_state != State::connected)
+        return;
+    characteristic->setValue(std::move(value));
+    tell(&Delegate::peripheralDidUpdateValueFor, std::shared_ptr<CBCharacteristic>(characteristic), MaybeError());
+}
+
+void BlueZPeripheral::valueDidChange(const std::string& path, const Data& value)
+{
+    if (_state != State::connected)
+        return;
+    if (_reading && _reading->path == path)
+        return _heardWhileReading.push_back(value);
+    for (const auto& service : _services)
+        for (const auto& one : service->characteristics()) {
+            const auto characteristic = std::static_pointer_cast<BlueZCharacteristic>(one);
+            if (characteristic->path != path)
+                continue;
+            if (characteristic->isSubscribed)
+                take(characteristic, value);
+            return;
+        }
+}
+
+std::optional<Data> BlueZPeripheral::batteryLevel() const
+{
+    const auto* percent = objects().property<std::uint8_t>(_path, interface::battery, "Percentage");
+    return percent ? std::optional(Data{ *percent }) : std::nullopt;
+}
+
+/// Where the daemon keeps the battery service for itself it tells the level alone.
+void BlueZPeripheral::batteryDidChange()
+{
+    const auto level = batteryLevel();
+    if (level)
+        valueDidChange("", *level);
+}
+
+void BlueZPeripheral::writeValue(
+    DataView value, const std::shared_ptr<CBCharacteristic>& characteristic, CBCharacteristicWriteType type)
+{
+    const auto one = mine(characteristic);
+    if (!one)
+        return;
+    const bool isAnswered = type == CBCharacteristicWriteType::withResponse;
+    auto problem = problemOf(isAnswered ? Properties::write : Properties::writeWithoutResponse, *one);
+    if (const auto most = maximumWriteValueLength(type); value.size() > most)
+        problem = bluezError(ErrorCode::tooLong,
+            fmt::format("A write of {} bytes is longer than the {} that the connection to {} carries.", value.size(),
+                most, label()));
+    const auto told = [characteristic, isAnswered](BlueZPeripheral& self, const MaybeError& error) {
+        if (isAnswered)
+            self.tell(&Delegate::peripheralDidWriteValueFor, characteristic, error);
+        else if (error)
+            AuriskLog::log(error->localizedDescription);
+    };
+    if (problem) // which is told in its turn
+        return enqueue([told, problem](BlueZPeripheral& self) {
+            DispatchQueue::main().async(self.inThisConnection([told, problem](BlueZPeripheral& me) {
+                const auto connection = me._connection;
+                told(me, problem);
+                if (me._connection == connection)
+                    me.operationDidEnd();
+            }));
+        });
+
+    const BusDictionary options{ { "type", isAnswered ? "request" : "command" } };
+    enqueue([one, told, options, bytes = Data(value.begin(), value.end())](BlueZPeripheral& self) {
+        self.callCharacteristic(one, "WriteValue", { bytes, options },
+            [one, told](auto& me, const BusReply& reply) { told(me, me.errorOf("writing to", *one, reply)); });
+    });
+}
+
+/// An attribute write takes three bytes of the ATT MTU, and no attribute is longer than 512 (Core Specification, Vol 3
+/// Part F 3.4.5 and 3.2.9). Daemons that do not tell the MTU get what every connection can carry.
+std::size_t BlueZPeripheral::maximumWriteValueLength(CBCharacteristicWriteType) const
+{
+    constexpr int header = 3, shortest = 20, longest = 512;
+    for (const auto& path : objects().below(_path, interface::characteristic))
+        if (const auto* mtu = objects().property<std::uint16_t>(path, interface::characteristic, "MTU"))
+            return std::size_t(std::clamp(*mtu - header, shortest, longest));
+    return shortest;
+}
+
+} // namespace aurisk::bluez
