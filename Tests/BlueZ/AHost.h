@@ -21,10 +21,7 @@ protected:
         tidyUp();
     }
 
-    int countOf(const std::string& line) const
-    {
-        return int(std::count(app->heard.begin(), app->heard.end(), line));
-    }
+    int countOf(const std::string& line) const { return int(std::count(app->heard.begin(), app->heard.end(), line)); }
     int countOfAnswers() const
     {
         return int(std::count_if(app->heard.begin(), app->heard.end(),
@@ -85,8 +82,8 @@ protected:
         return !updates->states.empty() && updates->states.back() == rawValue(DFUState::completed);
     }
 
-    std::shared_ptr<ServedAid> served = ServedAid::create(
-        std::make_shared<SimulatedAuriskAid>(contractAid("0A:1B:2C:3D:4E:5F")));
+    std::shared_ptr<ServedAid> served
+        = ServedAid::create(std::make_shared<SimulatedAuriskAid>(contractAid("0A:1B:2C:3D:4E:5F")));
     std::shared_ptr<bluez::Platform> platform = bluez::makePlatform({ .adapter = hostAdapter });
     std::shared_ptr<AccessoryManager> manager = AccessoryManager::create(platform);
     std::shared_ptr<Application> app = std::make_shared<Application>();

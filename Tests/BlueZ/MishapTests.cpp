@@ -16,10 +16,20 @@ struct Mishap {
 };
 
 const Mishap mishaps[] = {
-    { "KilledDaemon", true, [] { ASSERT_TRUE(perform({ "vmctl", "kill" })); },
-        [] { ASSERT_TRUE(perform({ "vmctl", "start" })); } },
-    { "StoppedDaemon", true, [] { ASSERT_TRUE(perform({ "vmctl", "stop" })); },
-        [] { ASSERT_TRUE(perform({ "vmctl", "start" })); } },
+    { "KilledDaemon", true,
+        [] {
+            ASSERT_TRUE(perform({ "vmctl", "kill" }));
+        },
+        [] {
+            ASSERT_TRUE(perform({ "vmctl", "start" }));
+        } },
+    { "StoppedDaemon", true,
+        [] {
+            ASSERT_TRUE(perform({ "vmctl", "stop" }));
+        },
+        [] {
+            ASSERT_TRUE(perform({ "vmctl", "start" }));
+        } },
     { "RadioOff", true, [] { setPower(hostAdapter, false); }, [] { setPower(hostAdapter, true); } },
     { "VanishingAid", false,
         [] {
@@ -95,7 +105,8 @@ TEST_P(AMishap, IsToldAndIsOverOnceItIsMended)
     if (phase() == Phase::connecting && mishap().takesTheRadio)
         expect("did fail to connect with an error");
     if (phase() == Phase::asking) {
-        EXPECT_TRUE(until([this] { return countOfAnswers() == questions; }, 10s)) << "a request has been lost";
+        EXPECT_TRUE(until([this] { return countOfAnswers() == questions; }, 10s))
+            << "a request has been lost: " << testing::PrintToString(app->heard);
         EXPECT_LT(countOf(volumeIs10), questions);
     }
     if (phase() == Phase::updating) {
@@ -137,9 +148,7 @@ TEST_P(AMishap, IsToldAndIsOverOnceItIsMended)
 }
 
 INSTANTIATE_TEST_SUITE_P(BlueZ, AMishap, testing::Combine(testing::ValuesIn(phases), testing::ValuesIn(mishaps)),
-    [](const auto& one) {
-        return std::string(std::get<1>(one.param).name) + std::get<0>(one.param).name;
-    });
+    [](const auto& one) { return std::string(std::get<1>(one.param).name) + std::get<0>(one.param).name; });
 
 } // namespace
 } // namespace aurisk::tests
