@@ -147,7 +147,7 @@ TEST(Binary, AFailureIsASentenceAndInJSONAnObjectToo)
         { { "volume", "set", "X1-L", "16" }, 2, "volume: 16 is outside 0 to 15" },
         { { "volume", "X1-L", "--world", "/nowhere.json" }, 2,
             "/nowhere.json does not exist (--new-world begins it with the default world)" },
-        { { "scan" }, 3, "this build has no backend for BlueZ (--backend sim is there)" },
+        { { "scan" }, 3, "there is no Bluetooth radio: " },
         { { "sim" }, 3, "this build cannot serve hearing aids" },
         { { "sim", "--world", "/nowhere.json" }, 2, "/nowhere.json does not exist" },
         { { "volume", "Y", "--backend", "sim", "--timeout", "0.01" }, 4, "no hearing aid called \"Y\" within 0.01 s" },
