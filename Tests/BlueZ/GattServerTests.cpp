@@ -95,8 +95,8 @@ public:
     std::string call(const std::string& path, const char* interface, const char* member, BusValues arguments = {})
     {
         std::optional<BusReply> answer;
-        objects->call(path, interface, member, std::move(arguments), Seconds(60),
-            [&](const BusReply& given) { answer = given; });
+        objects->call(
+            path, interface, member, std::move(arguments), Seconds(60), [&](const BusReply& given) { answer = given; });
         waitUntil([&] { return answer.has_value(); }, 65s);
         last = answer.value_or(BusReply());
         return last.error ? last.error->name : "";
@@ -124,7 +124,8 @@ public:
         call(clientAdapter, interface::adapter, "SetDiscoveryFilter",
             { BusDictionary{ { "Transport", "le" }, { "DuplicateData", true } } });
         call(clientAdapter, interface::adapter, "StartDiscovery");
-        const bool heard = waitUntil([&] { return objects->property<std::int16_t>(device, interface::device, "RSSI"); });
+        const bool heard
+            = waitUntil([&] { return objects->property<std::int16_t>(device, interface::device, "RSSI"); });
         call(clientAdapter, interface::adapter, "StopDiscovery");
         return heard;
     }
@@ -140,10 +141,9 @@ public:
 
     bool connects()
     {
-        return disconnects() && hears() && call(device, interface::device, "Connect").empty()
-            && waitUntil([&] {
-                   return objects->isTrue(device, interface::device, "ServicesResolved") && !pathOf(confirmed).empty();
-               });
+        return disconnects() && hears() && call(device, interface::device, "Connect").empty() && waitUntil([&] {
+            return objects->isTrue(device, interface::device, "ServicesResolved") && !pathOf(confirmed).empty();
+        });
     }
 
     std::shared_ptr<BlueZObjects> objects = BlueZObjects::create();

@@ -72,8 +72,8 @@ TEST(GattTable, AnAdvertisementNamesTheCompanyApartFromItsData)
     EXPECT_TRUE(at<bool>(full, "Discoverable"));
     EXPECT_EQ(at<std::string>(full, "LocalName"), "X1-L");
     EXPECT_EQ(at<CompanyData>(full, "ManufacturerData"), (CompanyData{ { 0xCAFE, { 0x0A, 0x1B } } }));
-    EXPECT_EQ(at<CompanyData>(propertiesOf({ Data{ 0x01, 0x02 }, {} }), "ManufacturerData"),
-        (CompanyData{ { 0x0201, {} } }));
+    EXPECT_EQ(
+        at<CompanyData>(propertiesOf({ Data{ 0x01, 0x02 }, {} }), "ManufacturerData"), (CompanyData{ { 0x0201, {} } }));
     for (const auto& bare : { propertiesOf({}), propertiesOf({ Data{ 0xFE }, {} }) })
         EXPECT_THAT(bare, ElementsAre(Key("Discoverable"), Key("Type")));
 }

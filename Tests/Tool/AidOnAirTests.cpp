@@ -54,7 +54,8 @@ protected:
 TEST_F(OnAir, AnAidAdvertisesAsItDoesWithoutAnAirAndOnlyWhileItIsOn)
 {
     EXPECT_EQ(air().advertisement->localName, "X1-L");
-    EXPECT_EQ(air().advertisement->manufacturerData, Data({ 0xFE, 0xFE, 0x0A, 0x1B, 0x2C, 0x3D, 0x4E, 0x5F, 0x08, 0x06 }));
+    EXPECT_EQ(
+        air().advertisement->manufacturerData, Data({ 0xFE, 0xFE, 0x0A, 0x1B, 0x2C, 0x3D, 0x4E, 0x5F, 0x08, 0x06 }));
     EXPECT_EQ(air("P3-L").advertisement->localName, "P3-L");
     wearer("X1-L", "power 0");
     after(2);
@@ -129,7 +130,8 @@ TEST_F(OnAir, AWriteThatTheAidLetsFailFailsOverTheAirToo)
     air("P3-L").writes("A", pl3, setPL3Volume99);
     air("P3-L").writes("A", pl3, readPL3Volume);
     EXPECT_THAT(within(0.1, "P3-L"),
-        ElementsAre("confirmed " + name, "refused " + name + " 0", "confirmed " + name, "notified " + name + " 7e0001800c"));
+        ElementsAre(
+            "confirmed " + name, "refused " + name + " 0", "confirmed " + name, "notified " + name + " 7e0001800c"));
     air("P3-L").writes("A", pl3, std::string(2 * 244, '0'));
     air("P3-L").writes("A", pl3, std::string(2 * 245, '0'));
     EXPECT_THAT(within(0.1, "P3-L"), ElementsAre("refused " + name + " 2", "confirmed " + name))
@@ -202,8 +204,7 @@ TEST_F(OnAir, ASecondCentralIsEndedAndTheFirstHearsNothingOfIt)
     air().reads("B", battery);
     air().writes("A", request, readVolume);
     air().disconnects("B");
-    EXPECT_THAT(
-        within(0.5), ElementsAre("ends B", "refused AE01 1", "dropped 2A19", "confirmed AE01", volumeIs8));
+    EXPECT_THAT(within(0.5), ElementsAre("ends B", "refused AE01 1", "dropped 2A19", "confirmed AE01", volumeIs8));
     EXPECT_TRUE(hasLink());
     EXPECT_FALSE(isAdvertised());
 }
@@ -242,7 +243,8 @@ TEST_F(OnAir, WithAnyFaultAtAnyMessageEachRequestEndsOnceAndTheNextCentralIsServ
         auto lines = air().take();
         EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
                       [](const auto& line) { return !line.starts_with("notified") && !line.starts_with("ends"); }),
-            2) << testing::PrintToString(lines);
+            2)
+            << testing::PrintToString(lines);
         EXPECT_THAT(lines, testing::Not(testing::Contains(testing::StartsWith("again"))));
         EXPECT_LE(std::count(lines.begin(), lines.end(), "ends A"), 1);
         EXPECT_TRUE(isAdvertised());
@@ -253,8 +255,9 @@ TEST_F(OnAir, WithAnyFaultAtAnyMessageEachRequestEndsOnceAndTheNextCentralIsServ
     const int before = messages();
     const auto clean = play();
     const int count = messages() - before;
-    ASSERT_EQ(count, 13) << "five to connect, subscription, write, its confirmation and reply, read, two of the wearer's "
-                            "and the end of the subscription";
+    ASSERT_EQ(count, 13)
+        << "five to connect, subscription, write, its confirmation and reply, read, two of the wearer's "
+           "and the end of the subscription";
     for (const auto kind : { Kind::lose, Kind::delay, Kind::duplicate, Kind::corrupt, Kind::refuse,
              Kind::dropLinkBefore, Kind::dropLinkAfter })
         for (int n = 1; n <= count; ++n) {
