@@ -25,7 +25,8 @@ using testing::IsEmpty;
 struct Input {
     explicit Input(int descriptor)
         : lines(tool::InputLines::start(descriptor,
-              { .line = [this](const std::string& line) { heard.push_back(line); }, .ended = [this] { isEnded = true; } }))
+            { .line = [this](const std::string& line) { heard.push_back(line); },
+                .ended = [this] { isEnded = true; } }))
     {
     }
 
@@ -45,9 +46,8 @@ TEST(InputLines, ComeWholeFromAPipeWhichStaysAsItIs)
 {
     std::array<int, 2> pipe{};
     ASSERT_EQ(::pipe2(pipe.data(), O_CLOEXEC), 0);
-    const auto write = [&](std::string_view text) {
-        ASSERT_EQ(::write(pipe[1], text.data(), text.size()), ssize_t(text.size()));
-    };
+    const auto write
+        = [&](std::string_view text) { ASSERT_EQ(::write(pipe[1], text.data(), text.size()), ssize_t(text.size())); };
     Input input(pipe[0]);
     pollMainQueue();
     EXPECT_THAT(input.heard, IsEmpty());

@@ -18,6 +18,9 @@ constexpr Seconds slice{ 10 };
 /// one that a daemon before this one made: nobody will ever discover its services.
 constexpr Seconds resolveLimit{ 15 }, adoptedResolveLimit{ 3 };
 
+/// Such a link may also be one that somebody is just ending, for which the daemon takes two seconds without a word.
+constexpr Seconds adoptionTime{ 2.5 };
+
 /// The services of a device may follow the word that they are known.
 constexpr Seconds settleTime{ 0.5 };
 
@@ -149,8 +152,11 @@ void Connector::didAnswer(Attempt& attempt, const BusReply& reply)
 void Connector::resolve(Attempt& attempt)
 {
     enter(attempt, Step::resolving);
-    if (isDevice(attempt, "ServicesResolved"))
-        return settle(attempt);
+    if (isDevice(attempt, "ServicesResolved")) {
+        if (!attempt.isAdopted)
+            return settle(attempt);
+        return after(adoptionTime, attempt, [](Connector& self, Attempt& first) { self.settle(first); });
+    }
     const auto limit = attempt.isAdopted ? adoptedResolveLimit : resolveLimit;
     after(limit, attempt, [limit](Connector& self, Attempt& first) {
         const auto error = bluezError(ErrorCode::timedOut,
