@@ -8,6 +8,7 @@ import sys
 import threading
 import time
 
+LONGEST_LINE = 300  # images are longer
 TOOL = os.path.abspath(os.environ["AURISK"])
 
 
@@ -24,8 +25,8 @@ class Checks:
         else:
             self.failed += 1
             print("FAILED  ", what, flush=True)
-            for detail in details:
-                print("        ", str(detail).replace("\n", "\n         "), flush=True)
+            for line in "\n".join(map(str, details)).splitlines():
+                print("         " + line[:LONGEST_LINE], flush=True)
         return holds
 
     def same(self, seen, expected, what):
