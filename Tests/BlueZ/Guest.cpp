@@ -54,10 +54,9 @@ bool perform(const std::vector<std::string>& command)
 
 void setPower(const std::string& adapter, bool on)
 {
-    const std::vector<std::string> command
-        = { "dbus-send", "--system", "--print-reply=literal", "--dest=org.bluez", "/org/bluez/" + adapter,
-              "org.freedesktop.DBus.Properties.Set", "string:org.bluez.Adapter1", "string:Powered",
-              std::string("variant:boolean:") + (on ? "true" : "false") };
+    const std::vector<std::string> command = { "dbus-send", "--system", "--print-reply=literal", "--dest=org.bluez",
+        "/org/bluez/" + adapter, "org.freedesktop.DBus.Properties.Set", "string:org.bluez.Adapter1", "string:Powered",
+        std::string("variant:boolean:") + (on ? "true" : "false") };
     if (!perform(command))
         throw std::runtime_error("the adapter cannot be switched");
 }
@@ -77,7 +76,7 @@ void tidyUp()
     setPower(aidAdapter, true);
 }
 
-std::shared_ptr<ServedAid> ServedAid::create(std::shared_ptr<SimulatedAid> aid)
+std::shared_ptr<ServedAid> ServedAid::create(std::shared_ptr<SimulatedAuriskAid> aid)
 {
     SimulatedWorld world;
     const auto name = aid->name();
@@ -88,6 +87,11 @@ std::shared_ptr<ServedAid> ServedAid::create(std::shared_ptr<SimulatedAid> aid)
     if (!until([&] { return served->_isOnAir; }, Seconds(30)))
         throw std::runtime_error("the aid does not come on the air");
     return served;
+}
+
+const SimulatedAuriskAid& ServedAid::aid() const
+{
+    return dynamic_cast<const SimulatedAuriskAid&>(*_simulator->aid(_aid->name()));
 }
 
 ServedAid::~ServedAid()

@@ -3,6 +3,7 @@
 #include "AuriskSDK/Platform/BlueZ/BlueZ.h"
 #include "AuriskSDK/Platform/BlueZ/GattServer.h"
 #include "AuriskSDK/Platform/Dispatch.h"
+#include "Simulator/SimulatedAuriskAid.h"
 #include "Simulator/Simulator.h"
 #include "Tools/aurisk/AidOnAir.h"
 
@@ -38,10 +39,11 @@ void tidyUp();
 class ServedAid final : public tool::AidOnAirDelegate {
 public:
     /// On the air by the end of this.
-    static std::shared_ptr<ServedAid> create(std::shared_ptr<SimulatedAid> aid);
+    static std::shared_ptr<ServedAid> create(std::shared_ptr<SimulatedAuriskAid> aid);
     ~ServedAid() override;
 
     Simulator& simulator() const { return *_simulator; }
+    const SimulatedAuriskAid& aid() const;
     bool isOnAir() const { return _isOnAir; }
     bool isConnected() const { return _isConnected; }
 

@@ -39,8 +39,7 @@ private:
 
 std::shared_ptr<RadioUnderTest> make() { return std::make_shared<DaemonUnderTest>(); }
 
-INSTANTIATE_TEST_SUITE_P(
-    BlueZ, RadioContract, testing::Values(RadioImplementation{ "Daemon", make }), named);
+INSTANTIATE_TEST_SUITE_P(BlueZ, RadioContract, testing::Values(RadioImplementation{ "Daemon", make }), named);
 
 } // namespace
 } // namespace aurisk::tests

@@ -96,7 +96,7 @@ SimulatedWorld Serving::world() const
 
 void Serving::aidDidBecomeAudible(const AidOnAir& aid)
 {
-    _heard.insert(aid.name());
+    _isAudible[aid.name()] = true;
     tell(aid, "onAir", fmt::format("{} is on the air as {} {}", aid.name(), aid.adapter(), aid.address()),
         { { "adapter", aid.adapter() }, { "address", aid.address() } });
 }
@@ -104,8 +104,12 @@ void Serving::aidDidBecomeAudible(const AidOnAir& aid)
 /// One that has been on the air waits until it can be there again.
 void Serving::aidCannotBeHeard(const AidOnAir& aid, const std::string& why)
 {
-    if (_heard.contains(aid.name()))
-        return tell(aid, "offAir", fmt::format("{} is off the air: {}", aid.name(), why), { { "why", why } });
+    const auto known = _isAudible.find(aid.name());
+    if (known != _isAudible.end()) {
+        if (std::exchange(known->second, false))
+            tell(aid, "offAir", fmt::format("{} is off the air: {}", aid.name(), why), { { "why", why } });
+        return;
+    }
     if (!_ended)
         return;
     _output.failure({ .code = ExitCode::bluetoothUnavailable, .sentence = why, .name = aid.name() });

@@ -6,6 +6,7 @@
 #include "Tools/aurisk/Output.h"
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -58,7 +59,7 @@ private:
     std::shared_ptr<Simulator> _simulator;
     std::set<std::string> _hurried; ///< those whose links take less time than in the world
     std::vector<std::shared_ptr<AidOnAir>> _aids;
-    std::set<std::string> _heard; ///< those that have been on the air
+    std::map<std::string, bool> _isAudible; ///< those that have been on the air, by name
 };
 
 } // namespace aurisk::tool

@@ -53,7 +53,7 @@ private:
     void called(const BusRequest& request);
     void tellProperties(const BusRequest& request, BusAnswer& answer) const;
     void read(const CBUUID& characteristic, const BusRequest& request, std::shared_ptr<BusAnswer> answer);
-    void write(const CBUUID& characteristic, const BusRequest& request, std::shared_ptr<BusAnswer> answer);
+    void write(const GattCharacteristic& characteristic, const BusRequest& request, std::shared_ptr<BusAnswer> answer);
     void subscribe(const CBUUID& characteristic, bool isSubscribed);
 
     void lookAt(const std::string& device);

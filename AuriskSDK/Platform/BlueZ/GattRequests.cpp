@@ -40,14 +40,14 @@ void BlueZGattServer::called(const BusRequest& request)
     if (!characteristic)
         return answer->refuse(unknownMethod);
     if (is(interface::characteristic, "ReadValue"))
-        return read(*characteristic, request, answer);
+        return read(characteristic->uuid, request, answer);
     if (is(interface::characteristic, "WriteValue"))
         return write(*characteristic, request, answer);
     const bool begins = is(interface::characteristic, "StartNotify");
     if (!begins && !is(interface::characteristic, "StopNotify"))
         return answer->refuse(unknownMethod);
     answer->give({});
-    subscribe(*characteristic, begins);
+    subscribe(characteristic->uuid, begins);
 }
 
 void BlueZGattServer::tellProperties(const BusRequest& request, BusAnswer& answer) const
@@ -92,8 +92,10 @@ void BlueZGattServer::read(const CBUUID& characteristic, const BusRequest& reque
     tell(&GattServerDelegate::gattServerDidReceiveRead, centralOf(options), characteristic, answerFrom);
 }
 
-/// The daemon puts long writes together by itself: a part of one is nothing that it sends.
-void BlueZGattServer::write(const CBUUID& characteristic, const BusRequest& request, std::shared_ptr<BusAnswer> answer)
+/// The daemon puts long writes together by itself: a part of one is nothing that it sends. Some versions of it do not
+/// say what type a write is of, and confirm by themselves whatever could have been without response.
+void BlueZGattServer::write(
+    const GattCharacteristic& characteristic, const BusRequest& request, std::shared_ptr<BusAnswer> answer)
 {
     const auto* value = find<Data>(request.arguments, 0);
     const auto* options = find<BusDictionary>(request.arguments, 1);
@@ -103,7 +105,9 @@ void BlueZGattServer::write(const CBUUID& characteristic, const BusRequest& requ
         return answer->refuse(busError(GattError::notSupported));
 
     const auto* type = find<std::string>(*options, "type");
-    const bool isAnswered = !type || *type != "command";
+    const bool isAnswered = type
+        ? *type != "command"
+        : !contains(characteristic.properties, CBCharacteristicProperties::writeWithoutResponse);
     if (!isAnswered)
         answer->give({}); // so that the next one is not held up
     const auto give = [answer = std::move(answer)](std::optional<GattError> error) {
@@ -112,7 +116,7 @@ void BlueZGattServer::write(const CBUUID& characteristic, const BusRequest& requ
         else
             answer->give({});
     };
-    tell(&GattServerDelegate::gattServerDidReceiveWrite, centralOf(*options), characteristic, *value,
+    tell(&GattServerDelegate::gattServerDidReceiveWrite, centralOf(*options), characteristic.uuid, *value,
         isAnswered ? CBCharacteristicWriteType::withResponse : CBCharacteristicWriteType::withoutResponse, give);
 }
 

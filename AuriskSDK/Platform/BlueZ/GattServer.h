@@ -26,7 +26,7 @@ struct GattService {
 struct GattServerOptions {
     std::string adapter = {}; ///< "hci1"; empty: the first that there is
     std::string name = {}; ///< how the adapter is called while it serves; whoever connects can read it
-    std::vector<GattService> services = {}; ///< no two characteristics of one UUID
+    std::vector<GattService> services = {}; ///< at least one, and no two characteristics of one UUID
 };
 
 /// Why a central does not get what it asked for.

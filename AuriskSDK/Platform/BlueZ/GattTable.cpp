@@ -38,17 +38,17 @@ GattTable::GattTable(const std::string& root, const std::vector<GattService>& se
         const auto service = root + "/service" + std::to_string(i);
         _objects[service][interface::service] = { { "UUID", services[i].uuid.uuidString() }, { "Primary", true } };
         for (std::size_t j = 0; j < services[i].characteristics.size(); ++j) {
-            const auto& [uuid, properties] = services[i].characteristics[j];
+            const auto& characteristic = services[i].characteristics[j];
             const auto path = service + "/characteristic" + std::to_string(j);
-            _objects[path][interface::characteristic] = { { "UUID", uuid.uuidString() },
-                { "Service", ObjectPath{ service } }, { "Flags", flagsOf(properties) } };
-            _characteristics.emplace(path, uuid);
-            _paths.emplace(uuid, path);
+            _objects[path][interface::characteristic] = { { "UUID", characteristic.uuid.uuidString() },
+                { "Service", ObjectPath{ service } }, { "Flags", flagsOf(characteristic.properties) } };
+            _characteristics.emplace(path, characteristic);
+            _paths.emplace(characteristic.uuid, path);
         }
     }
 }
 
-const CBUUID* GattTable::characteristicAt(std::string_view path) const
+const GattCharacteristic* GattTable::characteristicAt(std::string_view path) const
 {
     const auto found = _characteristics.find(path);
     return found == _characteristics.end() ? nullptr : &found->second;

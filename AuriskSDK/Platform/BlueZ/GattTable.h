@@ -19,12 +19,12 @@ public:
     const BusObjects& objects() const { return _objects; }
 
     /// Null where there is none.
-    const CBUUID* characteristicAt(std::string_view path) const;
+    const GattCharacteristic* characteristicAt(std::string_view path) const;
     const std::string* pathOf(const CBUUID& characteristic) const;
 
 private:
     BusObjects _objects;
-    std::map<std::string, CBUUID, std::less<>> _characteristics; ///< by path
+    std::map<std::string, GattCharacteristic, std::less<>> _characteristics; ///< by path
     std::map<CBUUID, std::string> _paths;
 };
 
