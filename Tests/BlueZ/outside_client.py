@@ -49,8 +49,8 @@ async def scan():
 async def connection(device):
     """A connection with everything that the hearing aid offers, and the event of its end.
 
-    This version of bleak takes the services to be complete a little before the daemon shows the last of them, and leaves it
-    to its users to try again.
+    This version of bleak takes the services to be complete a little before the daemon shows the last of them, stumbles over
+    a link that fails at once, and leaves it to its users to try again.
     """
     for attempt in range(1, 6):
         lost = asyncio.Event()
@@ -60,8 +60,8 @@ async def connection(device):
             if all(client.services.get_characteristic(one) for one in EVERYTHING):
                 break
             print("attempt %d: services are missing" % attempt)
-        except BleakError as error:
-            print("attempt %d: %s" % (attempt, error))
+        except (BleakError, EOFError) as error:
+            print("attempt %d: %s" % (attempt, error or "the connection to the bus has ended"))
         await client.disconnect()
     try:
         yield client, lost

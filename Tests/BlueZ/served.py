@@ -8,6 +8,7 @@ import sys
 import threading
 import time
 
+LONGEST_LINE = 300  # images are longer
 TOOL = os.path.abspath(os.environ["AURISK"])
 
 
@@ -24,8 +25,8 @@ class Checks:
         else:
             self.failed += 1
             print("FAILED  ", what, flush=True)
-            for detail in details:
-                print("        ", str(detail).replace("\n", "\n         "), flush=True)
+            for line in "\n".join(map(str, details)).splitlines():
+                print("         " + line[:LONGEST_LINE], flush=True)
         return holds
 
     def same(self, seen, expected, what):
@@ -48,8 +49,14 @@ class Answer:
 
 def aurisk(*arguments, limit=60, folder=None):
     start = time.monotonic()
-    run = subprocess.run([TOOL, *arguments], stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=limit, cwd=folder)
-    return Answer(run.returncode, run.stdout, run.stderr, time.monotonic() - start)
+    with subprocess.Popen([TOOL, *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                          text=True, cwd=folder) as run:
+        try:
+            out, error = run.communicate(timeout=limit)
+        except subprocess.TimeoutExpired:
+            run.kill()
+            out, error = run.communicate()
+    return Answer(run.returncode, out, error, time.monotonic() - start)
 
 
 def over_the_air(*arguments, **how):
