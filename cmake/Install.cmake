@@ -10,10 +10,7 @@ set(resources ${CMAKE_INSTALL_DATADIR}/aurisk-sdk/resources.bundle)
 # Headers that only sources include stay behind.
 install(DIRECTORY AuriskSDK DESTINATION ${headers} FILES_MATCHING PATTERN "*.h"
     PATTERN "Precondition.h" EXCLUDE PATTERN "BitCodec.h" EXCLUDE PATTERN "JsonFields.h" EXCLUDE
-    PATTERN "Advertiser.h" EXCLUDE
-    PATTERN "BlueZGattServer.h" EXCLUDE
-    PATTERN "BusAnswer.h" EXCLUDE
-    PATTERN "GattTable.h" EXCLUDE)
+    PATTERN "AuriskSDK/Platform/BlueZ" EXCLUDE)
 install(DIRECTORY Simulator DESTINATION ${headers} FILES_MATCHING PATTERN "*.h"
     PATTERN "AidFrame.h" EXCLUDE
     PATTERN "AidMembers.h" EXCLUDE
@@ -22,6 +19,13 @@ install(DIRECTORY Simulator DESTINATION ${headers} FILES_MATCHING PATTERN "*.h"
     PATTERN "WorldReader.h" EXCLUDE)
 
 install(TARGETS AuriskSDK AuriskSimulator EXPORT AuriskSDK ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+if(AURISK_BUILD_BLUEZ)
+    install(FILES AuriskSDK/Platform/BlueZ/BlueZ.h AuriskSDK/Platform/BlueZ/GattServer.h
+        DESTINATION ${headers}/AuriskSDK/Platform/BlueZ)
+    install(TARGETS AuriskBlueZ EXPORT AuriskSDK ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    set(AURISK_BLUEZ_LIBRARIES " -lAuriskBlueZ")
+    set(AURISK_BLUEZ_REQUIRES " libsystemd")
+endif()
 install(EXPORT AuriskSDK NAMESPACE AuriskSDK:: FILE AuriskSDKTargets.cmake DESTINATION ${package})
 install(DIRECTORY AuriskSDK/Resources/resources.bundle/ DESTINATION ${resources})
 install(TARGETS aurisk RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
