@@ -26,8 +26,13 @@ class Bleak:
             await enough.wait()
 
     async def connect(self):
-        self.client = BleakClient(self.device, adapter="hci0")
-        await self.client.connect()
+        """As often as it takes: its first connection often comes without the services, which are announced a little later."""
+        while True:
+            self.client = BleakClient(self.device, adapter="hci0")
+            await self.client.connect()
+            if self.client.services.get_characteristic(exchange.uuid(exchange.UPDATE[1])):
+                return
+            await self.client.disconnect()
 
     def longest_write(self):
         return self.client.services.get_characteristic(exchange.uuid(exchange.UPDATE[0])).max_write_without_response_size
