@@ -1,5 +1,5 @@
-// Measures the library over BlueZ, with nothing but the hearing aid X1-L in the air: `Tests/BlueZ/figures.py` runs it in a
-// guest, and other programs that do the same. One JSON object a line.
+// Measures the library over BlueZ, with nothing but the hearing aid X1-L in the air: `Tests/BlueZ/figures.py` runs it
+// in a guest, and other programs that do the same. One JSON object a line.
 
 #include "AuriskSDK/HearingAid/Aurisk/AuriskAccessory.h"
 #include "AuriskSDK/Platform/Asio/MainQueue.h"
@@ -43,7 +43,10 @@ public:
 
     void tell(const char* name, double value, const char* unit) const
     {
-        dprintf(_output, R"({"name": "%s", "value": %f, "unit": "%s"})" "\n", name, value, unit);
+        dprintf(_output,
+            R"({"name": "%s", "value": %f, "unit": "%s"})"
+            "\n",
+            name, value, unit);
     }
 
 private:
@@ -74,7 +77,8 @@ private:
     {
         rusage usage{};
         getrusage(RUSAGE_SELF, &usage);
-        const auto milliseconds = [](const timeval& time) { return double(time.tv_sec) * 1e3 + double(time.tv_usec) / 1e3; };
+        const auto milliseconds
+            = [](const timeval& time) { return double(time.tv_sec) * 1e3 + double(time.tv_usec) / 1e3; };
         return milliseconds(usage.ru_utime) + milliseconds(usage.ru_stime);
     }
 
