@@ -9,7 +9,11 @@ set(resources ${CMAKE_INSTALL_DATADIR}/aurisk-sdk/resources.bundle)
 
 # Headers that only sources include stay behind.
 install(DIRECTORY AuriskSDK DESTINATION ${headers} FILES_MATCHING PATTERN "*.h"
-    PATTERN "Precondition.h" EXCLUDE PATTERN "BitCodec.h" EXCLUDE PATTERN "JsonFields.h" EXCLUDE)
+    PATTERN "Precondition.h" EXCLUDE PATTERN "BitCodec.h" EXCLUDE PATTERN "JsonFields.h" EXCLUDE
+    PATTERN "Advertiser.h" EXCLUDE
+    PATTERN "BlueZGattServer.h" EXCLUDE
+    PATTERN "BusAnswer.h" EXCLUDE
+    PATTERN "GattTable.h" EXCLUDE)
 install(DIRECTORY Simulator DESTINATION ${headers} FILES_MATCHING PATTERN "*.h"
     PATTERN "AidFrame.h" EXCLUDE
     PATTERN "AidMembers.h" EXCLUDE

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AuriskSDK/Platform/BlueZ/BlueZErrors.h"
 #include "Tests/BlueZ/Guest.h"
 #include "Tests/Platform/RadioUnderTest.h"
 #include "Tests/Scenarios/UpdateScenario.h"

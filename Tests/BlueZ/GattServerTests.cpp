@@ -1,20 +1,16 @@
 #include "AuriskSDK/Platform/BlueZ/GattServer.h"
 
-#include "AuriskSDK/Platform/Asio/MainQueue.h"
 #include "AuriskSDK/Platform/BlueZ/BlueZObjects.h"
 #include "AuriskSDK/Shared/Utils/HexToData.h"
+#include "Tests/BlueZ/Guest.h"
 
-#include <asio/io_context.hpp>
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <set>
 
 namespace aurisk::bluez {
 namespace {
 
-using namespace std::chrono_literals;
 using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
@@ -24,18 +20,11 @@ using Properties = CBCharacteristicProperties;
 constexpr auto serverAdapter = "/org/bluez/hci1", clientAdapter = "/org/bluez/hci0";
 const CBUUID request(0xAE01), reply(0xAE02), battery(0x2A19), confirmed(0xAE10);
 
-/// Runs the main queue until `condition` holds; false where it does not within `limit`.
-bool waitUntil(const std::function<bool()>& condition, std::chrono::seconds limit = 15s)
+using tests::perform;
+
+bool waitUntil(const std::function<bool()>& condition, Seconds limit = Seconds(15))
 {
-    const auto end = std::chrono::steady_clock::now() + limit;
-    while (!condition()) {
-        const auto now = std::chrono::steady_clock::now();
-        if (now >= end)
-            return false;
-        mainQueueContext().restart();
-        mainQueueContext().run_one_for(std::min<std::chrono::nanoseconds>(end - now, 20ms));
-    }
-    return true;
+    return tests::until(condition, limit);
 }
 
 /// Writes down what a server tells, and answers as the test says.
@@ -97,7 +86,7 @@ public:
         std::optional<BusReply> answer;
         objects->call(
             path, interface, member, std::move(arguments), Seconds(60), [&](const BusReply& given) { answer = given; });
-        waitUntil([&] { return answer.has_value(); }, 65s);
+        waitUntil([&] { return answer.has_value(); }, Seconds(65));
         last = answer.value_or(BusReply());
         return last.error ? last.error->name : "";
     }
@@ -183,11 +172,6 @@ protected:
         return name ? *name : "";
     }
 
-    void power(bool on)
-    {
-        client->call(serverAdapter, interface::properties, "Set", { interface::adapter, "Powered", BusVariant(on) });
-    }
-
     bool subscribe() { return client->call(client->pathOf(reply), interface::characteristic, "StartNotify").empty(); }
 
     const GattServerOptions options{ .adapter = "hci1",
@@ -256,7 +240,7 @@ TEST_F(AGattServer, IsThereAgainAfterItsAdapterWasOffWhateverWasAskedForMeanwhil
 {
     ASSERT_TRUE(client->connects());
     recorder->take();
-    power(false);
+    tests::setPower(tests::aidAdapter, false);
     ASSERT_TRUE(recorder->waitFor("stopped: hci1 is switched off"));
     EXPECT_TRUE(recorder->has("disconnected " + central));
     for (const auto byte : Data{ 0x03, 0x04 })
@@ -265,7 +249,7 @@ TEST_F(AGattServer, IsThereAgainAfterItsAdapterWasOffWhateverWasAskedForMeanwhil
     server->advertise(CBAdvertisementData{ Data{ 0xFE, 0xFE, 0x05 }, "Test-L" });
     client->call(clientAdapter, interface::adapter, "RemoveDevice", { ObjectPath{ client->device } });
     recorder->take();
-    power(true);
+    tests::setPower(tests::aidAdapter, true);
     ASSERT_TRUE(recorder->waitFor("advertising"));
     EXPECT_THAT(recorder->take(), ElementsAre("started", "advertising"));
     ASSERT_TRUE(client->connects()) << "the daemon is still alive, too";
@@ -275,18 +259,17 @@ TEST_F(AGattServer, IsThereAgainAfterItsAdapterWasOffWhateverWasAskedForMeanwhil
 
 TEST_F(AGattServer, IsThereAgainAfterTheDaemonEndedInWhicheverWay)
 {
-    for (const auto* end : { "vmctl kill", "vmctl stop" }) {
+    for (const auto* end : { "kill", "stop" }) {
         ASSERT_TRUE(client->connects()) << end;
         ASSERT_TRUE(subscribe());
         ASSERT_TRUE(recorder->waitFor("subscribed AE02"));
         recorder->take();
-        ASSERT_EQ(std::system(end), 0);
+        ASSERT_TRUE(perform({ "vmctl", end }));
         ASSERT_TRUE(recorder->waitFor("stopped: the Bluetooth daemon is not running"));
         EXPECT_TRUE(recorder->has("disconnected " + central));
         EXPECT_TRUE(recorder->has("unsubscribed AE02"));
         recorder->take();
-        // The daemon waits for answers of ours while it starts, so the queue runs meanwhile.
-        ASSERT_EQ(std::system("vmctl start &"), 0);
+        ASSERT_TRUE(perform({ "vmctl", "start" }));
         ASSERT_TRUE(recorder->waitFor("advertising"));
     }
     EXPECT_TRUE(client->connects());
@@ -298,7 +281,7 @@ TEST_F(AGattServer, SwitchesAnAdapterOnOnceAndSaysWhereThereIsNone)
     const auto other = std::make_shared<Recorder>();
     const auto nowhere = platform->makeGattServer({ .adapter = "hci7", .name = "Other" }, other);
     EXPECT_TRUE(other->waitFor("stopped: there is no Bluetooth adapter hci7"));
-    power(false);
+    tests::setPower(tests::aidAdapter, false);
     ASSERT_TRUE(recorder->waitFor("stopped: hci1 is switched off"));
     const auto third = std::make_shared<Recorder>();
     const auto anew = platform->makeGattServer(options, third);

@@ -19,6 +19,7 @@ public:
     Lines heard;
     int updates = 0; ///< advertisements of devices that were known; not among the lines
     std::optional<int> lastRssi;
+    MaybeError lastError; ///< why a connection failed
 
     /// What was heard since it was last asked.
     Lines take() { return std::exchange(heard, {}); }
@@ -89,6 +90,7 @@ public:
     }
     void deviceDidFailToConnect(const std::shared_ptr<Accessory>&, const MaybeError& error) override
     {
+        lastError = error;
         hear("did fail to connect" + suffix(error));
     }
 

@@ -147,8 +147,7 @@ TEST(Binary, AFailureIsASentenceAndInJSONAnObjectToo)
         { { "volume", "set", "X1-L", "16" }, 2, "volume: 16 is outside 0 to 15" },
         { { "volume", "X1-L", "--world", "/nowhere.json" }, 2,
             "/nowhere.json does not exist (--new-world begins it with the default world)" },
-        { { "scan" }, 3, "this build has no backend for BlueZ (--backend sim is there)" },
-        { { "sim" }, 3, "this build cannot serve hearing aids" },
+        { { "scan" }, 3, "there is no Bluetooth radio: " },
         { { "sim", "--world", "/nowhere.json" }, 2, "/nowhere.json does not exist" },
         { { "volume", "Y", "--backend", "sim", "--timeout", "0.01" }, 4, "no hearing aid called \"Y\" within 0.01 s" },
     };
@@ -165,6 +164,17 @@ TEST(Binary, AFailureIsASentenceAndInJSONAnObjectToo)
         EXPECT_THAT(nlohmann::json::parse(ended.output)["error"], testing::StartsWith(sentence));
         EXPECT_THAT(ended.errors, testing::StartsWith("aurisk: " + sentence));
     }
+}
+
+TEST(Binary, ServingNeedsAnAdapter)
+{
+    const auto ended = aurisk({ "sim", "--adapter", "hci99" });
+    EXPECT_EQ(ended.code, 3);
+    EXPECT_THAT(ended.output, IsEmpty());
+    EXPECT_THAT(ended.errors,
+        testing::AnyOf("aurisk: there is no Bluetooth adapter hci99\n", "aurisk: the Bluetooth daemon is not running\n",
+            HasSubstr("the system bus does not let this user"),
+            HasSubstr("this build cannot use the computer's radio")));
 }
 
 TEST(Binary, HelpAndVersionGoToStandardOutput)

@@ -106,6 +106,13 @@ TEST_F(SimCommand, EndsWhereAnAidNeverGetsOnTheAir)
     EXPECT_THAT(air("X1-L").take(), ElementsAre("stopped"));
 }
 
+TEST_F(SimCommand, RefusesAWorldInWhichNobodyCouldBeHeard)
+{
+    auto world = threeAids();
+    world.radioState = CBManagerState::poweredOff;
+    EXPECT_THROW(serve("", std::move(world)), tool::UsageError);
+}
+
 TEST_F(SimCommand, DoesWhatIsTyped)
 {
     serve("--adapter hci1 --adapter hci2");

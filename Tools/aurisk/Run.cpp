@@ -94,8 +94,8 @@ std::optional<std::string> Run::whyUnavailable() const
     }
     if (const auto why = _whyNot ? _whyNot() : ""; !why.empty())
         sentence += ": " + why;
-    if (_options.backend == Backend::bluez)
-        sentence += " (--backend sim works without it)";
+    if (_options.backend == Backend::bluez && _manager->blueState() == CBManagerState::unsupported)
+        sentence += " (--backend sim works without one)";
     return sentence;
 }
 

@@ -51,6 +51,8 @@ Names servedAids(const Options& options, const SimulatedWorld& world)
 std::shared_ptr<Serving> Serving::start(
     const Options& options, SimulatedWorld world, Servers servers, Output& output, std::function<void(ExitCode)> ended)
 {
+    if (world.radioState != CBManagerState::poweredOn)
+        throw UsageError("sim: the radio of the world is not powered on");
     auto serving = std::make_shared<Serving>(Key{}, std::move(servers), output, std::move(ended));
     serving->_names = servedAids(options, world);
     for (const auto& name : serving->_names) {

@@ -134,6 +134,19 @@ void BlueZObjects::become(DaemonState daemon)
         tell(&Listener::daemonDidChange);
 }
 
+void BlueZObjects::fetch(const std::string& path, const char* interface, const char* name, std::function<void()> done)
+{
+    call(path, interface::properties, "Get", { interface, name }, daemonLimit,
+        [weak = weak_from_this(), life = _life, path, interface, name, done = std::move(done)](const BusReply& reply) {
+            const auto self = weak.lock();
+            if (!self || self->_life != life)
+                return;
+            if (!reply.values.empty())
+                self->change(path, interface, { { name, reply.values.front() } }, {});
+            done();
+        });
+}
+
 void BlueZObjects::refresh(std::function<void()> done)
 {
     call("/", interface::objectManager, "GetManagedObjects", {}, daemonLimit,

@@ -87,6 +87,10 @@ public:
     void call(const std::string& path, const char* interface, const char* member, BusValues arguments, Seconds limit,
         SystemBus::Answer answered);
 
+    /// Asks for one property, of which the daemon does not tell every change; `done` runs once it is there, or cannot
+    /// be had. By then everything is there that the daemon told before it answered.
+    void fetch(const std::string& path, const char* interface, const char* name, std::function<void()> done);
+
     /// Asks for all objects again; `done` runs once they are there, or cannot be had, unless the daemon goes.
     void refresh(std::function<void()> done);
 

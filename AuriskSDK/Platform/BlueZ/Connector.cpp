@@ -165,18 +165,23 @@ void Connector::resolve(Attempt& attempt)
     });
 }
 
-/// The daemon tells what has appeared before it answers a call, so that after the answer the services are in the tree.
+/// The daemon tells what has appeared before it answers a call, so that after any answer the services are in the tree.
+/// Of services that are there from an earlier connection it does not tell the MTU of this one.
 void Connector::settle(Attempt& attempt)
 {
     enter(attempt, Step::settling);
-    _objects->call(attempt.client->devicePath(), interface::properties, "Get",
-        { interface::device, "ServicesResolved" }, daemonLimit,
-        inThisStep(attempt, [](Connector& self, Attempt& first, const BusReply&) {
-            if (self.hasServices(first))
-                self.finish(first)->connectionIsMade();
-            else
-                self.settleLater(first);
-        }));
+    const auto done = inThisStep(attempt, [](Connector& self, Attempt& first) {
+        if (self.hasServices(first))
+            self.finish(first)->connectionIsMade();
+        else
+            self.settleLater(first);
+    });
+    const auto device = attempt.client->devicePath();
+    const auto known = _objects->below(device, interface::characteristic);
+    if (known.empty())
+        _objects->fetch(device, interface::device, "ServicesResolved", done);
+    else
+        _objects->fetch(known.front(), interface::characteristic, "MTU", done);
 }
 
 /// A device may have no services. Others may be late, and what a refresh does not bring is not there.

@@ -1,0 +1,68 @@
+#include "Tests/BlueZ/AHost.h"
+
+namespace aurisk::tests {
+namespace {
+
+/// As a program that was killed leaves it, or one that still runs.
+TEST_F(AHost, TakesOverALinkThatAnotherProgramHas)
+{
+    ASSERT_TRUE(perform({ "sh", "-c",
+        "bluetoothctl --timeout 3 scan le >/dev/null; bluetoothctl connect 00:AA:01:01:00:01 >/dev/null" }));
+    ASSERT_TRUE(until([this] { return served->isConnected(); }, 10s));
+    givenADiscoveredAid(); // though it does not advertise
+    EXPECT_EQ(app->lastRssi, std::nullopt);
+    givenAConnectedAid();
+    accessory->disconnect();
+    expect("did disconnect");
+}
+
+TEST_F(AHost, SaysWhatItWaitedForInVain)
+{
+    manager.reset();
+    platform = bluez::makePlatform({ .adapter = hostAdapter, .connectionLimit = 2s });
+    manager = AccessoryManager::create(platform);
+    manager->setStatusDelegate(app);
+    manager->setScanningDelegate(app);
+    givenADiscoveredAid();
+    setInReach(false);
+    manager->stopScan();
+
+    ASSERT_TRUE(accessory->connect(app, std::nullopt));
+    expect("did fail to connect with an error");
+    ASSERT_TRUE(app->lastError);
+    EXPECT_EQ(app->lastError->localizedDescription, "X1-L did not answer within 2 s.");
+    EXPECT_EQ(app->lastError->code, int(bluez::ErrorCode::timedOut));
+
+    setInReach(true);
+    givenAConnectedAid();
+}
+
+TEST_F(AHost, SaysWhyThereIsNoRadio)
+{
+    const auto nowhere = bluez::makePlatform({ .adapter = "hci7" });
+    const auto whyOf = [](const std::shared_ptr<bluez::Platform>& one) {
+        until([&] { return !one->whyNot().empty(); }, 5s);
+        return one->whyNot();
+    };
+    EXPECT_EQ(whyOf(nowhere), "the Bluetooth daemon has no adapter hci7; it has hci0, hci1");
+    setPower(hostAdapter, false);
+    EXPECT_EQ(whyOf(platform), "hci0 is powered off");
+    ASSERT_TRUE(perform({ "vmctl", "stop" }));
+    EXPECT_EQ(whyOf(platform), "bluetoothd is not running");
+    EXPECT_TRUE(until([this] { return manager->blueState() == CBManagerState::unsupported; }, 10s));
+    ASSERT_TRUE(perform({ "vmctl", "start" }));
+    EXPECT_TRUE(until([this] { return manager->blueState() == CBManagerState::poweredOn; }, 10s));
+    EXPECT_EQ(platform->whyNot(), "");
+}
+
+TEST_F(AHost, IsSwitchedOnByAnApplicationThatAsksForIt)
+{
+    setPower(hostAdapter, false);
+    ASSERT_TRUE(until([this] { return manager->blueState() == CBManagerState::poweredOff; }, 10s));
+    manager->openBluetooth();
+    EXPECT_TRUE(until([this] { return manager->blueState() == CBManagerState::poweredOn; }, 10s));
+    givenADiscoveredAid();
+}
+
+} // namespace
+} // namespace aurisk::tests
