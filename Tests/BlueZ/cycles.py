@@ -5,7 +5,7 @@ import subprocess
 
 from served import Checks, Served, World, over_the_air
 
-CYCLES = int(os.environ.get("CYCLES", "50"))
+CYCLES = int(os.environ.get("CYCLES", "30"))
 
 check = Checks()
 
