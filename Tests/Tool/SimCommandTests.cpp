@@ -131,10 +131,11 @@ TEST_F(SimCommand, DoesWhatIsTyped)
     EXPECT_THAT(sink.output, ElementsAre(HasSubstr("the wearer turns the volume")));
 }
 
-TEST_F(SimCommand, AddsNoLatencyToThatOfTheAirUnlessTheWorldDoesAndKeepsTheWorldAsItIs)
+TEST_F(SimCommand, LeavesLatencyAndMtuToTheAirAndKeepsTheLinksOfTheWorldAsTheyAre)
 {
     auto world = threeAids();
     world.placed("X1-R").faults.latency = Seconds(0.2);
+    world.placed("X1-L").mtu = 23;
     const auto before = world.toJson();
     serve("--adapter hci1 --adapter hci2", std::move(world));
     EXPECT_EQ(serving->world().toJson(), before);
@@ -147,6 +148,12 @@ TEST_F(SimCommand, AddsNoLatencyToThatOfTheAirUnlessTheWorldDoesAndKeepsTheWorld
     EXPECT_THAT(air("X1-R").take(), IsEmpty());
     after(2);
     EXPECT_THAT(air("X1-R").take(), ElementsAre("read 2A19 54"));
+
+    air("X1-L").writes("A", CBUUID(0xAE01), std::string(2 * 261, '0'));
+    serving->take("X1-L silent 1");
+    after(1);
+    EXPECT_THAT(air("X1-L").take(), ElementsAre("confirmed AE01")) << "it is not too long for the air";
+    EXPECT_EQ(serving->world().toJson(), before);
 }
 
 } // namespace

@@ -48,6 +48,12 @@ Names servedAids(const Options& options, const SimulatedWorld& world)
     return all;
 }
 
+namespace {
+
+constexpr int largestMtu = 517; ///< that a world can name; the air settles for less by itself
+
+} // namespace
+
 std::shared_ptr<Serving> Serving::start(
     const Options& options, SimulatedWorld world, Servers servers, Output& output, std::function<void(ExitCode)> ended)
 {
@@ -56,9 +62,11 @@ std::shared_ptr<Serving> Serving::start(
     auto serving = std::make_shared<Serving>(Key{}, std::move(servers), output, std::move(ended));
     serving->_names = servedAids(options, world);
     for (const auto& name : serving->_names) {
-        auto& latency = world.placed(name).faults.latency;
-        if (latency == LinkFaults{}.latency && serving->_hurried.insert(name).second)
-            latency = Seconds(0);
+        auto& placed = world.placed(name);
+        serving->_links.insert({ name, { placed.mtu, placed.faults } });
+        placed.mtu = largestMtu;
+        if (placed.faults.latency == LinkFaults{}.latency)
+            placed.faults.latency = Seconds(0);
     }
     serving->_simulator = Simulator::create(std::move(world));
     for (std::size_t i = 0; i < serving->_names.size(); ++i) {
@@ -91,8 +99,10 @@ try {
 SimulatedWorld Serving::world() const
 {
     auto world = _simulator->world();
-    for (const auto& name : _hurried)
-        world.placed(name).faults.latency = LinkFaults{}.latency;
+    for (const auto& [name, link] : _links) {
+        world.placed(name).mtu = link.mtu;
+        world.placed(name).faults = link.faults;
+    }
     return world;
 }
 

@@ -8,7 +8,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -28,8 +27,8 @@ public:
     using Servers = std::shared_ptr<bluez::GattServerPlatform>;
 
     /// Begins. `ended` is called once, when everything has ended; `output` lives until then. The air takes its own
-    /// time, so a simulated link takes none unless the world says how much. Throws a UsageError for a world that cannot
-    /// be used.
+    /// time, so a simulated link takes none unless the world says how much; its MTU counts, not the world's. Throws a
+    /// UsageError for a world that cannot be used.
     static std::shared_ptr<Serving> start(const Options& options, SimulatedWorld world, Servers servers, Output& output,
         std::function<void(ExitCode)> ended);
     Serving(Key, Servers servers, Output& output, std::function<void(ExitCode)> ended);
@@ -40,7 +39,7 @@ public:
     /// The user wants to end.
     void interrupt() { finish(ExitCode::done); }
 
-    /// The world as it is by now, to be kept.
+    /// The world as it is by now, to be kept: the links as they were, without the faults that were typed.
     SimulatedWorld world() const;
 
     void aidDidBecomeAudible(const AidOnAir& aid) override;
@@ -57,7 +56,11 @@ private:
     std::function<void(ExitCode)> _ended;
     std::vector<std::string> _names; ///< of the aids
     std::shared_ptr<Simulator> _simulator;
-    std::set<std::string> _hurried; ///< those whose links take less time than in the world
+    struct Link {
+        int mtu = 0;
+        LinkFaults faults = {};
+    };
+    std::map<std::string, Link> _links; ///< as the world has them; the air has its own MTU and takes its own time
     std::vector<std::shared_ptr<AidOnAir>> _aids;
     std::map<std::string, bool> _isAudible; ///< those that have been on the air, by name
 };

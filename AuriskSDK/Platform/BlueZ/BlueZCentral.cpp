@@ -18,7 +18,7 @@ std::shared_ptr<BlueZCentral> BlueZCentral::create(
     DispatchQueue::main().async([weak = std::weak_ptr(central)] {
         const auto self = weak.lock();
         if (self && self->_state == CBManagerState::unknown && self->_radio->state() != CBManagerState::unknown)
-            self->radioIs(self->_radio->state());
+            self->radioIs(self->_radio->state(), {}); // it has no connections yet
     });
     return central;
 }
@@ -40,19 +40,20 @@ BlueZCentral::~BlueZCentral()
 
 // State
 
-void BlueZCentral::radioIs(CBManagerState state)
+void BlueZCentral::radioIs(CBManagerState state, const BluetoothError& lost)
 {
-    const auto self = shared_from_this();
+    const auto self = weak_from_this();
     _state = state;
     tell(&CBCentralManagerDelegate::centralManagerDidUpdateState);
+    if (self.expired())
+        return;
     if (state == CBManagerState::poweredOn)
         return reportConnected();
-    const auto error = state == CBManagerState::poweredOff
-        ? bluezError(ErrorCode::radioOff, "The radio is not powered on.")
-        : bluezError(ErrorCode::daemonLost, "The Bluetooth daemon, or its adapter, has gone.");
     for (const auto& [path, weak] : std::map(_peripherals))
-        if (const auto peripheral = weak.lock())
-            peripheral->linkDidGo(error);
+        if (const auto peripheral = weak.lock(); peripheral && !self.expired())
+            peripheral->linkDidGo(lost);
+    if (self.expired())
+        return;
     std::erase_if(_peripherals, [](const auto& entry) { return entry.second.expired(); });
     _reported.clear();
 }
@@ -82,12 +83,14 @@ void BlueZCentral::reportConnected()
 {
     if (!_isScanning || _state != CBManagerState::poweredOn)
         return;
-    const auto self = shared_from_this();
+    const auto self = weak_from_this();
     for (const auto& path : _radio->objects().below(_radio->adapter(), interface::device)) {
         const auto known = knownAt(path);
         const bool isOurs = known && known->state() != CBPeripheralState::disconnected;
         if (!isOurs && _radio->objects().isTrue(path, interface::device, "Connected"))
             report(path, std::nullopt);
+        if (self.expired())
+            return;
     }
 }
 

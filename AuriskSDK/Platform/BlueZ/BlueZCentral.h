@@ -31,7 +31,8 @@ public:
     // What the radio tells
 
     bool isScanning() const { return _isScanning; }
-    void radioIs(CBManagerState state);
+    /// `lost`: what that makes of connections, unless it is powered on.
+    void radioIs(CBManagerState state, const BluetoothError& lost);
     void didHear(const std::string& devicePath);
     /// The device is not connected any more, or not even known.
     void linkDidGo(const std::string& devicePath);

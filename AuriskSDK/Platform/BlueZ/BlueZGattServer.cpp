@@ -179,7 +179,7 @@ void BlueZGattServer::registerTable()
     });
     call(interface::gattManager, "RegisterApplication", { ObjectPath{ _root }, BusDictionary() },
         [](BlueZGattServer& self, const BusReply& reply) {
-            if (reply.error)
+            if (reply.error && !reply.error->name.ends_with(".AlreadyExists"))
                 return self.tryLater(self.adapter() + " does not take the services: " + reply.error->message);
             self._isRegistered = true;
             self.start();

@@ -155,7 +155,11 @@ void BlueZPeripheral::connectionIsMade()
 
 void BlueZPeripheral::connectionFailed(const BluetoothError& error) { end(error); }
 
-void BlueZPeripheral::connectionIsGivenUp() { end(std::nullopt); }
+void BlueZPeripheral::connectionIsGivenUp()
+{
+    if (_state == State::disconnecting)
+        end(std::nullopt);
+}
 
 void BlueZPeripheral::cancel()
 {
@@ -199,15 +203,7 @@ void BlueZPeripheral::end(const MaybeError& error)
     const auto before = _state;
     if (before == State::disconnected)
         return;
-    ++_connection;
-    _services.clear();
-    _operations.clear();
-    _isOperating = false;
-    _endsOnceIdle = false;
-    _reading = nullptr;
-    _heardWhileReading.clear();
-    enter(State::disconnected);
-    const auto again = std::exchange(_connectsAgain, false);
+    forgetConnection();
     if (const auto central = _central.lock()) {
         const std::shared_ptr<CBPeripheral> peripheral = self;
         if (before == State::connecting)
@@ -216,22 +212,32 @@ void BlueZPeripheral::end(const MaybeError& error)
             central->tell(&CBCentralManagerDelegate::centralManagerDidDisconnectPeripheral, peripheral,
                 before == State::disconnecting ? MaybeError() : error);
     }
-    if (again)
+    if (std::exchange(_connectsAgain, false))
         connect();
 }
 
 /// Ends whatever there is, and nobody is told.
 void BlueZPeripheral::abandon()
 {
+    _connectsAgain = false;
     if (_state == State::disconnected)
         return;
     if (_state == State::connected || _endsOnceIdle)
         objects().call(_path, interface::device, "Disconnect", {}, disconnectLimit, nullptr);
+    forgetConnection();
+    _radio->connector().abandon(*this);
+}
+
+void BlueZPeripheral::forgetConnection()
+{
     ++_connection;
     _services.clear();
     _operations.clear();
+    _isOperating = false;
+    _endsOnceIdle = false;
+    _reading = nullptr;
+    _heardWhileReading.clear();
     enter(State::disconnected);
-    _radio->connector().abandon(*this);
 }
 
 // Operations: the daemon does one at a time for a characteristic, and the attribute protocol one for a link
@@ -391,10 +397,12 @@ void BlueZPeripheral::setNotifyValue(bool enabled, const std::shared_ptr<CBChara
     const auto event = &Delegate::peripheralDidUpdateNotificationStateFor;
     if (const auto problem = problemOf(Properties::notify | Properties::indicate, *one))
         return tellSoon(event, characteristic, problem);
-    one->isSubscribed = enabled; // now, so that the first value does not come too early
-    if (one->path.empty())
+    if (one->path.empty()) {
+        one->isSubscribed = enabled;
         return tellSoon(event, characteristic, MaybeError());
+    }
     enqueue([=](BlueZPeripheral& self) {
+        one->isSubscribed = enabled; // now, so that the first value does not come too early
         self.callCharacteristic(
             one, enabled ? "StartNotify" : "StopNotify", {}, [=](BlueZPeripheral& me, const BusReply& reply) {
                 const auto error = me.errorOf("subscribing to", *one, reply);

@@ -111,6 +111,7 @@ private:
 
     void disconnect();
     void end(const MaybeError& error);
+    void forgetConnection();
     void enter(CBPeripheralState state);
     BlueZObjects& objects() const;
 

@@ -62,13 +62,13 @@ std::shared_ptr<CBCentralManager> BlueZRadio::makeCentralManager(
     return central;
 }
 
-std::vector<std::shared_ptr<BlueZCentral>> BlueZRadio::centrals() const
+/// None is kept meanwhile: one that its delegate destroys is gone at once, and so are those after it that the delegate
+/// destroys, too.
+template <typename Work> void BlueZRadio::eachCentral(Work work)
 {
-    std::vector<std::shared_ptr<BlueZCentral>> all;
-    for (const auto& weak : _centrals)
-        if (auto central = weak.lock())
-            all.push_back(std::move(central));
-    return all;
+    for (const auto& weak : std::vector(_centrals))
+        if (auto* central = weak.lock().get())
+            work(*central);
 }
 
 // State
@@ -105,8 +105,11 @@ void BlueZRadio::update()
     const auto now = stateNow();
     ++_absence;
     if (now != CBManagerState::unsupported) {
-        if (const auto adapter = findAdapter(); !adapter.empty())
+        if (const auto adapter = findAdapter(); !adapter.empty() && adapter != _adapter) {
+            if (_state == CBManagerState::poweredOn)
+                become(CBManagerState::resetting);
             _adapter = adapter;
+        }
         return become(now);
     }
     if (_state == CBManagerState::unknown || _state == CBManagerState::unsupported)
@@ -123,11 +126,11 @@ void BlueZRadio::become(CBManagerState state)
     if (std::exchange(_state, state) == state)
         return;
     const bool isOn = state == CBManagerState::poweredOn;
+    const auto lost = whyLost();
     _discovery->radioIs(isOn ? _adapter : "");
-    for (const auto& central : centrals())
-        central->radioIs(state);
+    eachCentral([&](BlueZCentral& central) { central.radioIs(state, lost); });
     if (!isOn)
-        _connector->failAll(whyLost());
+        _connector->failAll(lost);
     powerOn();
 }
 
@@ -147,9 +150,9 @@ void BlueZRadio::powerOn()
 
 BluetoothError BlueZRadio::whyLost() const
 {
-    if (_objects->daemon() == DaemonState::present)
+    if (_state == CBManagerState::poweredOff)
         return bluezError(ErrorCode::radioOff, "The radio is not powered on.");
-    return bluezError(ErrorCode::daemonLost, "The Bluetooth daemon has gone.");
+    return bluezError(ErrorCode::daemonLost, "The Bluetooth daemon, or its adapter, has gone.");
 }
 
 std::string BlueZRadio::whyNot() const
@@ -197,8 +200,7 @@ void BlueZRadio::didAppear(const std::string& path, const std::string& interface
         if (_objects->property<std::int16_t>(device, interface::device, "RSSI"))
             didHear(device);
     } else if (interface == interface::battery) {
-        for (const auto& central : centrals())
-            central->batteryDidChange(device);
+        eachCentral([&](BlueZCentral& central) { central.batteryDidChange(device); });
     }
 }
 
@@ -214,11 +216,9 @@ void BlueZRadio::didChange(const std::string& path, const std::string& interface
         return;
     if (interface == interface::characteristic) {
         if (const auto* value = find<Data>(changed, "Value"))
-            for (const auto& central : centrals())
-                central->valueDidChange(device, path, *value);
+            eachCentral([&](BlueZCentral& central) { central.valueDidChange(device, path, *value); });
     } else if (interface == interface::battery) {
-        for (const auto& central : centrals())
-            central->batteryDidChange(device);
+        eachCentral([&](BlueZCentral& central) { central.batteryDidChange(device); });
     } else if (interface == interface::device) {
         if (changed.contains("RSSI") || changed.contains("ManufacturerData"))
             didHear(device);
@@ -240,23 +240,23 @@ void BlueZRadio::didVanish(const std::string& path, const std::string& interface
 void BlueZRadio::didHear(const std::string& devicePath)
 {
     _discovery->didHear();
-    for (const auto& central : centrals())
-        central->didHear(devicePath);
+    eachCentral([&](BlueZCentral& central) { central.didHear(devicePath); });
 }
 
 void BlueZRadio::linkDidGo(const std::string& devicePath)
 {
     _connector->linkDidGo(devicePath);
-    for (const auto& central : centrals())
-        central->linkDidGo(devicePath);
+    eachCentral([&](BlueZCentral& central) { central.linkDidGo(devicePath); });
 }
 
 // What centrals do
 
 void BlueZRadio::scanDidChange()
 {
-    const auto all = centrals();
-    _discovery->want(std::any_of(all.begin(), all.end(), [](const auto& central) { return central->isScanning(); }));
+    _discovery->want(std::any_of(_centrals.begin(), _centrals.end(), [](const auto& weak) {
+        const auto central = weak.lock();
+        return central && central->isScanning();
+    }));
 }
 
 void BlueZRadio::didOccupy(const std::string& devicePath)
@@ -267,7 +267,8 @@ void BlueZRadio::didOccupy(const std::string& devicePath)
 
 void BlueZRadio::didFree(const std::string& devicePath)
 {
-    _occupied.erase(devicePath);
+    if (const auto one = _occupied.find(devicePath); one != _occupied.end())
+        _occupied.erase(one);
     _agent->need(!_occupied.empty());
 }
 

@@ -49,7 +49,7 @@ public:
     void didVanish(const std::string& path, const std::string& interface) override;
 
 private:
-    std::vector<std::shared_ptr<BlueZCentral>> centrals() const;
+    template <typename Work> void eachCentral(Work work);
     std::string findAdapter() const;
     CBManagerState stateNow() const;
     void update();
@@ -69,7 +69,7 @@ private:
     CBManagerState _state = CBManagerState::unknown;
     bool _isToBePoweredOn = false;
     int _absence = 0; ///< counts how often daemon or adapter have gone, or come back
-    std::set<std::string> _occupied; ///< the devices that are connected, or are being connected
+    std::multiset<std::string> _occupied; ///< the devices that a central has, or tries to have
     std::set<std::string> _leftBehind; ///< those that were when the daemon went
 };
 

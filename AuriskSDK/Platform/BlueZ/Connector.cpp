@@ -85,7 +85,7 @@ void Connector::connect(const std::shared_ptr<ConnectionClient>& client, Seconds
     });
     if (_attempts.size() == 1)
         beginNext();
-    else if (_attempts.front()->step == Step::connecting)
+    else if (const auto step = _attempts.front()->step; step == Step::connecting || step == Step::searching)
         after(slice, *_attempts.front(), [](Connector& self, Attempt& first) { self.letOthers(first); });
 }
 
@@ -99,10 +99,9 @@ void Connector::beginNext()
     auto& attempt = *_attempts.front();
     enter(attempt, Step::waiting);
     auto begin = inThisStep(attempt, [](Connector& self, Attempt& first) { self.tryConnecting(first); });
-    if (std::exchange(_isPausing, true))
-        DispatchQueue::main().async(std::move(begin));
-    else
-        _discovery->pause(std::move(begin));
+    if (!std::exchange(_isPausing, true))
+        _discovery->pause();
+    _discovery->oncePaused(std::move(begin));
 }
 
 bool Connector::isDevice(const Attempt& attempt, const char* property) const
@@ -200,6 +199,8 @@ void Connector::didFail(Attempt& attempt, const BluetoothError& error, ConnectFa
 {
     AuriskLog::log(error.localizedDescription);
     attempt.lastError = error;
+    if (failure != ConnectFailure::confused)
+        attempt.strikes = 0;
     switch (failure) {
     case ConnectFailure::final: return fail(attempt, error);
     case ConnectFailure::busy: return backOff(attempt, busyDelay);
@@ -237,9 +238,23 @@ void Connector::backOff(Attempt& attempt, Seconds delay)
     enter(attempt, Step::backingOff);
     after(delay, attempt, [](Connector& self, Attempt& first) {
         if (!self.isDevice(first, "Connected") || self.isDevice(first, "ServicesResolved"))
-            return self.tryConnecting(first);
-        self.stop(first, [&self, &first] { self.tryConnecting(first); });
+            return self.tryAgain(first);
+        self.stop(first, [&self, &first] { self.tryAgain(first); });
     });
+}
+
+void Connector::tryAgain(Attempt& attempt)
+{
+    if (_attempts.size() > 1)
+        return giveWay();
+    tryConnecting(attempt);
+}
+
+void Connector::giveWay()
+{
+    enter(*_attempts.front(), Step::waiting);
+    std::rotate(_attempts.begin(), _attempts.begin() + 1, _attempts.end());
+    beginNext();
 }
 
 /// Ends the try: the daemon gives up a `Connect` at a `Disconnect`, and ends a link.
@@ -264,14 +279,8 @@ void Connector::letOthers(Attempt& attempt)
 {
     if (_attempts.size() < 2)
         return;
-    const auto giveWay = [this] {
-        _attempts.push_back(_attempts.front());
-        _attempts.pop_front();
-        beginNext();
-    };
     if (attempt.step == Step::connecting)
-        return stop(attempt, giveWay);
-    enter(attempt, Step::waiting);
+        return stop(attempt, [this] { giveWay(); });
     giveWay();
 }
 
@@ -295,6 +304,11 @@ void Connector::servicesDidResolve(const std::string& path)
 void Connector::linkDidGo(const std::string& path)
 {
     const auto attempt = firstAt(path);
+    if (attempt && attempt->step == Step::connecting) {
+        attempt->isAdopted = false;
+        if (!_objects->propertiesOf(path, interface::device))
+            return search(*attempt);
+    }
     if (attempt && (attempt->step == Step::resolving || attempt->step == Step::settling))
         didFail(*attempt, bluezError(ErrorCode::linkLost, "The link to " + attempt->client->label() + " did not last."),
             ConnectFailure::transient);

@@ -88,6 +88,8 @@ private:
     void backOff(Attempt& attempt, Seconds delay);
     void stop(Attempt& attempt, std::function<void()> stopped);
     void letOthers(Attempt& attempt);
+    void tryAgain(Attempt& attempt);
+    void giveWay();
     void deadlineHasPassed(Attempt& attempt);
     std::shared_ptr<ConnectionClient> finish(Attempt& attempt);
     void fail(Attempt& attempt, const BluetoothError& error);

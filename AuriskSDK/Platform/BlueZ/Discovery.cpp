@@ -21,6 +21,8 @@ void Discovery::radioIs(const std::string& poweredAdapter)
     if (std::exchange(_adapter, poweredAdapter) == poweredAdapter)
         return;
     ++_spell;
+    ++_watch;
+    _patience = firstPatience;
     _isRestarting = false;
     become(State::off);
 }
@@ -39,9 +41,8 @@ void Discovery::search(bool searching)
     settle();
 }
 
-void Discovery::pause(std::function<void()> paused)
+void Discovery::oncePaused(std::function<void()> paused)
 {
-    ++_pauses;
     _pausing.push_back(std::move(paused));
     settle();
 }

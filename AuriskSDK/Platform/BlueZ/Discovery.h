@@ -21,8 +21,9 @@ public:
     void want(bool wanted);
     void search(bool searching);
 
-    /// Holds the scan back; `paused` runs soon, once there is none. Pauses add up.
-    void pause(std::function<void()> paused);
+    /// Holds the scan back until `resume`. `paused` runs soon, once there is none.
+    void pause() { ++_pauses; }
+    void oncePaused(std::function<void()> paused);
     void resume();
 
     /// An advertisement has been heard.

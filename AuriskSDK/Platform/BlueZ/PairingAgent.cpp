@@ -41,7 +41,8 @@ void PairingAgent::need(bool needed)
 
 void PairingAgent::daemonDidChange()
 {
-    _isRegistered = false;
+    if (_objects->daemon() != DaemonState::present)
+        _isRegistered = false;
     settle();
 }
 
@@ -65,15 +66,14 @@ void PairingAgent::settle()
         });
 }
 
-/// Confirmations and authorisations name the device first. What would need a keyboard or a display cannot be.
+/// These name the device first. What would need a keyboard or a display cannot be, and nobody may use services of ours.
 void PairingAgent::asked(const BusRequest& request) const
 {
     const auto& member = request.member;
     if (member == "Release" || member == "Cancel")
         return _objects->bus().answer(request, {});
     const auto* device = find<ObjectPath>(request.arguments, 0);
-    const bool canAgree
-        = member == "RequestConfirmation" || member == "RequestAuthorization" || member == "AuthorizeService";
+    const bool canAgree = member == "RequestConfirmation" || member == "RequestAuthorization";
     if (canAgree && device && _isOurs(device->text))
         return _objects->bus().answer(request, {});
     AuriskLog::log(fmt::format("refused to be paired with {} ({})", device ? device->text : "somebody", member));
