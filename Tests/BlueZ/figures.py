@@ -34,7 +34,10 @@ def figures_of(program):
         return {}
     start_afresh()
     with Served(World("/tmp/figures.json", "X1-L")):
-        run = subprocess.run(program, stdout=subprocess.PIPE, text=True, timeout=100)
+        try:
+            run = subprocess.run(program, stdout=subprocess.PIPE, text=True, timeout=80)
+        except subprocess.TimeoutExpired as late:
+            sys.exit("%s does not end; so far it said:\n%s" % (program[0], (late.stdout or b"").decode()))
     if run.returncode != 0:
         sys.exit("%s: exit code %d" % (program[0], run.returncode))
     return {one["name"]: one for one in map(json.loads, run.stdout.splitlines())}
