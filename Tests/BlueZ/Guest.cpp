@@ -1,9 +1,5 @@
 #include "Tests/BlueZ/Guest.h"
 
-#include "AuriskSDK/Platform/Asio/MainQueue.h"
-
-#include <asio/io_context.hpp>
-
 #include <fstream>
 #include <stdexcept>
 
@@ -20,23 +16,6 @@ namespace {
 constexpr auto reach = "/run/radio/hci1";
 
 } // namespace
-
-bool until(const std::function<bool()>& condition, Seconds limit)
-{
-    auto& loop = mainQueueContext();
-    for (const auto end = DispatchQueue::main().now() + limit; !condition();) {
-        if (DispatchQueue::main().now() >= end)
-            return false;
-        loop.restart();
-        loop.run_one_for(std::chrono::milliseconds(10));
-    }
-    return true;
-}
-
-void pass(Seconds span)
-{
-    until([] { return false; }, span);
-}
 
 bool perform(const std::vector<std::string>& command)
 {

@@ -2,12 +2,11 @@
 
 #include "AuriskSDK/Platform/BlueZ/BlueZ.h"
 #include "AuriskSDK/Platform/BlueZ/GattServer.h"
-#include "AuriskSDK/Platform/Dispatch.h"
 #include "Simulator/SimulatedAuriskAid.h"
 #include "Simulator/Simulator.h"
+#include "Tests/Support/RealTime.h"
 #include "Tools/aurisk/AidOnAir.h"
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,12 +16,6 @@
 namespace aurisk::tests {
 
 constexpr auto hostAdapter = "hci0", aidAdapter = "hci1";
-
-/// Runs the main queue until `condition` holds; false where it does not within `limit`.
-bool until(const std::function<bool()>& condition, Seconds limit);
-
-/// Runs the main queue for a while.
-void pass(Seconds span);
 
 /// Runs a program of the guest's, and the main queue meanwhile; false where it fails.
 bool perform(const std::vector<std::string>& command);

@@ -1,0 +1,74 @@
+#include "Tests/Bus/AHostOnAPlayedBus.h"
+
+namespace aurisk::bluez {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+
+TEST_F(AHostOnAPlayedBus, GoesOnWithAnotherAdapterWhereItsOwnIsPulledOut)
+{
+    daemon.addAdapter(PlayedDaemon::hci1);
+    const auto left = addAid("L");
+    givenAConnectedAid();
+    central->scanForPeripherals({});
+    ASSERT_TRUE(daemon.isCalled("StartDiscovery /org/bluez/hci0"));
+    daemon.remove(PlayedDaemon::hci0);
+    daemon.remove(left);
+    EXPECT_TRUE(hears("disconnected L with error"));
+    EXPECT_TRUE(daemon.isCalled("StartDiscovery /org/bluez/hci1"));
+}
+
+TEST_F(AHostOnAPlayedBus, TellsNothingMoreToACentralThatIsDroppedWhenItHearsThatTheRadioIsOff)
+{
+    addAid("L");
+    givenAConnectedAid();
+    const auto others = std::make_shared<Recorder>();
+    const auto other = platform->makeCentralManager(others, {});
+    ASSERT_TRUE(others->hears("state 5"));
+    recorder->onLine = [&](const std::string&) { central.reset(); };
+    daemon.setPower(false);
+    ASSERT_TRUE(others->hears("state 4"));
+    daemon.catchUp();
+    EXPECT_THAT(recorder->heard, ElementsAre("state 4")) << "a disconnection would be the next";
+}
+
+TEST_F(AHostOnAPlayedBus, TellsNothingMoreToACentralThatAnotherOnesDelegateDrops)
+{
+    begin();
+    const auto others = std::make_shared<Recorder>();
+    auto other = platform->makeCentralManager(others, {});
+    ASSERT_TRUE(others->hears("state 5"));
+    recorder->onLine = [&](const std::string&) { other.reset(); };
+    daemon.setPower(false);
+    ASSERT_TRUE(hears("state 4"));
+    daemon.catchUp();
+    EXPECT_THAT(others->heard, ElementsAre("state 5"));
+}
+
+TEST_F(AHostOnAPlayedBus, HasOneAgentInALifeOfTheDaemon)
+{
+    addAid("L");
+    begin();
+    connect("L");
+    ASSERT_TRUE(hears("connected L"));
+    EXPECT_EQ(daemon.count("RegisterAgent /org/bluez"), 1);
+    cancel("L");
+    ASSERT_TRUE(hears("disconnected L"));
+    EXPECT_TRUE(daemon.isCalled("UnregisterAgent /org/bluez"));
+
+    daemon.setPresent(false);
+    ASSERT_TRUE(hears("state 1"));
+    daemon.calls.clear();
+    recorder->take();
+    recorder->onLine = [&](const std::string& line) {
+        if (line == "state 5")
+            connect("L");
+    };
+    daemon.setPresent(true);
+    EXPECT_TRUE(hears("connected L"));
+    EXPECT_EQ(daemon.count("RegisterAgent /org/bluez"), 1) << "an application that connects at once makes no other";
+}
+
+} // namespace
+} // namespace aurisk::bluez

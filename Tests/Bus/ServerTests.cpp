@@ -1,0 +1,47 @@
+#include "AuriskSDK/Platform/BlueZ/GattServer.h"
+
+#include "Tests/Bus/PlayedDaemon.h"
+
+#include <gmock/gmock.h>
+
+namespace aurisk::bluez {
+namespace {
+
+struct ServerRecorder final : GattServerDelegate {
+    void gattServerDidStart(GattServer&) override { heard.push_back("started"); }
+    void gattServerDidStop(GattServer&, const std::string& why) override { heard.push_back("stopped: " + why); }
+    void gattServerDidStartAdvertising(GattServer&) override { }
+    void gattServerDidConnect(GattServer&, const std::string&) override { }
+    void gattServerDidDisconnect(GattServer&, const std::string&) override { }
+    void gattServerDidSubscribe(GattServer&, const CBUUID&, bool) override { }
+    void gattServerDidReceiveWrite(
+        GattServer&, const std::string&, const CBUUID&, const Data&, CBCharacteristicWriteType, WriteAnswer) override
+    {
+    }
+    void gattServerDidReceiveRead(GattServer&, const std::string&, const CBUUID&, ReadAnswer) override { }
+
+    std::vector<std::string> heard;
+};
+
+/// The daemon keeps the services over that, and will not take them twice.
+TEST(AServerOnAPlayedBus, StartsThoughTheRadioIsSwitchedWhileItRegisters)
+{
+    PrivateBus bus;
+    PlayedDaemon daemon;
+    bool isRegistered = false;
+    daemon.on["RegisterApplication"] = [&](const BusRequest& request) {
+        if (std::exchange(isRegistered, true))
+            return daemon.refuse(request, { "org.bluez.Error.AlreadyExists", "Already Exists" });
+        daemon.setPower(false);
+        daemon.setPower(true);
+        daemon.answer(request);
+    };
+    const auto recorder = std::make_shared<ServerRecorder>();
+    const auto servers = makeGattServerPlatform();
+    const auto server = servers->makeGattServer({ .adapter = "hci0", .name = "X1-L" }, recorder);
+    EXPECT_TRUE(until([&] { return !recorder->heard.empty() && recorder->heard.back() == "started"; }, Seconds(15)))
+        << testing::PrintToString(recorder->heard) << testing::PrintToString(daemon.calls);
+}
+
+} // namespace
+} // namespace aurisk::bluez
