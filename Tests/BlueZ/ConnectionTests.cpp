@@ -95,5 +95,20 @@ TEST_F(AHost, AgreesToBePairedWithByAnAidThatItIsConnectedTo)
     expect("did disconnect with an error");
 }
 
+/// Daemons may keep the battery service of a device for themselves.
+TEST_F(AHost, HearsTheBatteryFromTheDaemonWhereThatKeepsItsService)
+{
+    ASSERT_TRUE(perform({ "sh", "-c",
+        "{ cat /etc/bluetooth/main.conf; printf '\\n[GATT]\\nExportClaimedServices = off\\n'; } >/tmp/main.conf && "
+        "mount --bind /tmp/main.conf /etc/bluetooth/main.conf && vmctl restart" }));
+    givenADiscoveredAid();
+    givenAConnectedAid();
+    accessory->readBattery();
+    expect("battery 80");
+    served->simulator().radio().perform("X1-L", { "battery", 65 });
+    expect("battery 65");
+    ASSERT_TRUE(perform({ "sh", "-c", "umount /etc/bluetooth/main.conf && vmctl restart" }));
+}
+
 } // namespace
 } // namespace aurisk::tests
