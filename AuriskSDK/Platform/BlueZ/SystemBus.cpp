@@ -119,17 +119,17 @@ struct SystemBus::Library {
     }
 
     /// The library names the moment, counted as the steady clock counts, at which it has something to do at the latest.
+    /// A timer that ends before that stays: most moments are limits of calls, which are answered long before.
     void waitUntilDue()
     {
         std::uint64_t due = 0;
         if (sd_bus_get_timeout(bus.get(), &due) < 0)
             return;
-        if (due == std::exchange(timerIsDue, due))
+        if (due == 0)
+            return pumpSoon();
+        if (due >= timerIsDue)
             return;
-        if (due == UINT64_MAX) {
-            timer.cancel();
-            return;
-        }
+        timerIsDue = due;
         timer.expires_at(asio::steady_timer::time_point(std::chrono::microseconds(due)));
         timer.async_wait([weak = self.weak_from_this()](const asio::error_code& cancelled) {
             const auto alive = weak.lock();
@@ -281,7 +281,7 @@ void SystemBus::call(BusCall call, Seconds limit, Answer answered)
     }
     if (result < 0)
         return failSoon(std::move(answered), systemError(result));
-    _library->pumpSoon();
+    _library->wait();
 }
 
 void SystemBus::hear(const std::string& rule)
@@ -290,7 +290,7 @@ void SystemBus::hear(const std::string& rule)
         return;
     sd_bus_add_match_async(
         _library->bus.get(), nullptr, rule.c_str(), &Library::didHear, &Library::didInstall, _library.get());
-    _library->pumpSoon();
+    _library->wait();
 }
 
 void SystemBus::serve(const std::string& path, std::function<void(const BusRequest&)> called)
@@ -315,7 +315,7 @@ void SystemBus::answer(const BusRequest& request, const BusValues& values)
     if (!appendValues(reply, values))
         return refuse(request, { SD_BUS_ERROR_FAILED, "The answer cannot be made." });
     sd_bus_send(_library->bus.get(), reply, nullptr);
-    _library->pumpSoon();
+    _library->wait();
 }
 
 void SystemBus::refuse(const BusRequest& request, const BusError& error)
@@ -323,7 +323,7 @@ void SystemBus::refuse(const BusRequest& request, const BusError& error)
     if (!_library)
         return;
     sd_bus_reply_method_errorf(request.call.get(), error.name.c_str(), "%s", error.message.c_str());
-    _library->pumpSoon();
+    _library->wait();
 }
 
 void SystemBus::emit(const BusSignal& signal)
@@ -337,7 +337,7 @@ void SystemBus::emit(const BusSignal& signal)
     const Message made(message);
     if (appendValues(message, signal.values))
         sd_bus_send(_library->bus.get(), message, nullptr);
-    _library->pumpSoon();
+    _library->wait();
 }
 
 /// Every call is answered, the last of them before the loss is told.
