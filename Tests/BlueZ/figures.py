@@ -19,6 +19,7 @@ FIGURES = {
     "updateThroughput": "an update",
     "cpuPerThousandAdvertisements": "processor time of 1000 advertisements",
 }
+ATTEMPTS = 3  # bleak stumbles over a link that fails at once; what is measured has to go well
 HERE = os.path.dirname(os.path.abspath(__file__))
 PROGRAMS = {
     "library": [sys.argv[1]],
@@ -32,15 +33,16 @@ def figures_of(program):
     if not os.path.exists(program[0]):
         print("%s: not built" % program[0])
         return {}
-    start_afresh()
-    with Served(World("/tmp/figures.json", "X1-L")):
-        try:
-            run = subprocess.run(program, stdout=subprocess.PIPE, text=True, timeout=80)
-        except subprocess.TimeoutExpired as late:
-            sys.exit("%s does not end; so far it said:\n%s" % (program[0], (late.stdout or b"").decode()))
-    if run.returncode != 0:
-        sys.exit("%s: exit code %d" % (program[0], run.returncode))
-    return {one["name"]: one for one in map(json.loads, run.stdout.splitlines())}
+    for _ in range(ATTEMPTS):
+        start_afresh()
+        with Served(World("/tmp/figures.json", "X1-L")):
+            try:
+                run = subprocess.run(program, stdout=subprocess.PIPE, text=True, timeout=80)
+            except subprocess.TimeoutExpired as late:
+                sys.exit("%s does not end; so far it said:\n%s" % (program[0], (late.stdout or b"").decode()))
+        if run.returncode == 0:
+            return {one["name"]: one for one in map(json.loads, run.stdout.splitlines())}
+    sys.exit("%s: exit code %d, %d times" % (program[0], run.returncode, ATTEMPTS))
 
 
 def line(name, results):
