@@ -64,5 +64,51 @@ TEST_F(AHost, IsSwitchedOnByAnApplicationThatAsksForIt)
     givenADiscoveredAid();
 }
 
+/// A hearing aid may want to be paired with by whoever is connected, and gets what it wants only from us.
+TEST_F(AHost, AgreesToBePairedWithByAnAidThatItIsConnectedTo)
+{
+    constexpr auto host = "/org/bluez/hci1/dev_00_AA_01_00_00_00", aid = "/org/bluez/hci0/dev_00_AA_01_01_00_01";
+    const auto aidAsks = [&] {
+        return perform({ "dbus-send", "--system", "--print-reply", "--reply-timeout=15000", "--dest=org.bluez", host,
+            "org.bluez.Device1.Pair" });
+    };
+    const auto isPaired = [&] {
+        return perform({ "sh", "-c",
+            std::string("dbus-send --system --print-reply --dest=org.bluez ") + aid
+                + " org.freedesktop.DBus.Properties.Get string:org.bluez.Device1 string:Paired | grep -q true" });
+    };
+    const auto forget = [&](const char* adapter, const char* device) {
+        perform({ "dbus-send", "--system", "--print-reply", "--dest=org.bluez", adapter,
+            "org.bluez.Adapter1.RemoveDevice", std::string("objpath:") + device });
+    };
+
+    givenADiscoveredAid();
+    givenAConnectedAid();
+    EXPECT_FALSE(isPaired());
+    EXPECT_TRUE(aidAsks());
+    EXPECT_TRUE(isPaired());
+    app->request(*accessory, readVolume);
+    expect(volumeIs10);
+
+    forget("/org/bluez/hci0", aid);
+    forget("/org/bluez/hci1", host);
+    expect("did disconnect with an error");
+}
+
+/// Daemons may keep the battery service of a device for themselves.
+TEST_F(AHost, HearsTheBatteryFromTheDaemonWhereThatKeepsItsService)
+{
+    ASSERT_TRUE(perform({ "sh", "-c",
+        "{ cat /etc/bluetooth/main.conf; printf '\\n[GATT]\\nExportClaimedServices = off\\n'; } >/tmp/main.conf && "
+        "mount --bind /tmp/main.conf /etc/bluetooth/main.conf && vmctl restart" }));
+    givenADiscoveredAid();
+    givenAConnectedAid();
+    accessory->readBattery();
+    expect("battery 80");
+    served->simulator().radio().perform("X1-L", { "battery", 65 });
+    expect("battery 65");
+    ASSERT_TRUE(perform({ "sh", "-c", "umount /etc/bluetooth/main.conf && vmctl restart" }));
+}
+
 } // namespace
 } // namespace aurisk::tests

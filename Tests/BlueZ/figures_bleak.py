@@ -1,8 +1,10 @@
 #!/usr/bin/env python3
 """The figures of bleak, which many programs in Python use."""
 import asyncio
+import sys
 
 from bleak import BleakClient, BleakScanner
+from bleak.exc import BleakError
 
 import exchange
 
@@ -26,13 +28,16 @@ class Bleak:
             await enough.wait()
 
     async def connect(self):
-        """As often as it takes: its first connection often comes without the services, which are announced a little later."""
+        """As often as it takes: it may say that it is connected before the services are announced, or lose the next link."""
         while True:
             self.client = BleakClient(self.device, adapter="hci0")
-            await self.client.connect()
-            if self.client.services.get_characteristic(exchange.uuid(exchange.UPDATE[1])):
-                return
-            await self.client.disconnect()
+            try:
+                await self.client.connect()
+                if self.client.services.get_characteristic(exchange.uuid(exchange.UPDATE[1])):
+                    return
+                await self.client.disconnect()
+            except BleakError as error:
+                print("bleak: %s" % error, file=sys.stderr)
 
     def longest_write(self):
         return self.client.services.get_characteristic(exchange.uuid(exchange.UPDATE[0])).max_write_without_response_size

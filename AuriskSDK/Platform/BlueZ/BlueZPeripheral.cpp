@@ -2,6 +2,7 @@
 
 #include "AuriskSDK/Platform/BlueZ/BlueZCentral.h"
 #include "AuriskSDK/Platform/BlueZ/BlueZRadio.h"
+#include "AuriskSDK/Platform/BlueZ/GattFlags.h"
 #include "AuriskSDK/Shared/Utils/AuriskLog.h"
 #include "AuriskSDK/Shared/Utils/HexToData.h"
 
@@ -29,29 +30,6 @@ constexpr Seconds drainLimit{ 1 };
 constexpr Seconds batteryPatience{ 1 };
 
 const CBUUID batteryService(0x180F), batteryLevelCharacteristic(0x2A19);
-
-struct Flag {
-    std::string_view name;
-    Properties property;
-};
-
-/// The daemon's words for the properties of a characteristic that matter here.
-constexpr Flag flags[] = {
-    { "read", Properties::read },
-    { "write-without-response", Properties::writeWithoutResponse },
-    { "write", Properties::write },
-    { "notify", Properties::notify },
-    { "indicate", Properties::indicate },
-};
-
-Properties propertiesOf(const std::vector<std::string>& words)
-{
-    auto all = Properties::none;
-    for (const auto& flag : flags)
-        if (std::find(words.begin(), words.end(), flag.name) != words.end())
-            all = all | flag.property;
-    return all;
-}
 
 /// A UUID of version 8, which is the maker's own (RFC 9562, 5.8), with the device's address in its last six bytes.
 CBUUID identifierOf(const std::string& address)

@@ -1,36 +1,9 @@
 #include "AuriskSDK/Platform/BlueZ/GattTable.h"
 
 #include "AuriskSDK/Platform/BlueZ/BlueZObjects.h"
-
-#include <array>
+#include "AuriskSDK/Platform/BlueZ/GattFlags.h"
 
 namespace aurisk::bluez {
-
-namespace {
-
-struct Flag {
-    CBCharacteristicProperties property;
-    const char* name;
-};
-
-constexpr std::array flags = {
-    Flag{ CBCharacteristicProperties::read, "read" },
-    Flag{ CBCharacteristicProperties::writeWithoutResponse, "write-without-response" },
-    Flag{ CBCharacteristicProperties::write, "write" },
-    Flag{ CBCharacteristicProperties::notify, "notify" },
-    Flag{ CBCharacteristicProperties::indicate, "indicate" },
-};
-
-std::vector<std::string> flagsOf(CBCharacteristicProperties properties)
-{
-    std::vector<std::string> names;
-    for (const auto& flag : flags)
-        if (contains(properties, flag.property))
-            names.emplace_back(flag.name);
-    return names;
-}
-
-} // namespace
 
 GattTable::GattTable(const std::string& root, const std::vector<GattService>& services)
 {
