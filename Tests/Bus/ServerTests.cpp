@@ -43,5 +43,27 @@ TEST(AServerOnAPlayedBus, StartsThoughTheRadioIsSwitchedWhileItRegisters)
         << testing::PrintToString(recorder->heard) << testing::PrintToString(daemon.calls);
 }
 
+/// As the real one does in some of its starts.
+TEST(AServerOnAPlayedBus, StartsThoughTheAdapterIsAnnouncedPieceByPiece)
+{
+    PrivateBus bus;
+    PlayedDaemon daemon;
+    const auto whole = std::exchange(daemon.objects[PlayedDaemon::hci0], {});
+    const auto recorder = std::make_shared<ServerRecorder>();
+    const auto servers = makeGattServerPlatform();
+    const auto server = servers->makeGattServer({ .adapter = "hci0", .name = "X1-L" }, recorder);
+    ASSERT_TRUE(daemon.isCalled("GetManagedObjects /"));
+    for (const auto& [interface, properties] : whole) {
+        daemon.catchUp();
+        EXPECT_EQ(daemon.count("RegisterApplication /org/bluez/hci0"), 0);
+        daemon.objects[PlayedDaemon::hci0] = { { interface, properties } };
+        daemon.announce(PlayedDaemon::hci0);
+    }
+    EXPECT_TRUE(daemon.isCalled("RegisterApplication /org/bluez/hci0")) << testing::PrintToString(recorder->heard);
+    daemon.catchUp();
+    EXPECT_EQ(recorder->heard.back(), "started");
+    EXPECT_EQ(daemon.count("RegisterApplication /org/bluez/hci0"), 1);
+}
+
 } // namespace
 } // namespace aurisk::bluez

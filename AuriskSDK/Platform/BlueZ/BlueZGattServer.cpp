@@ -34,10 +34,7 @@ std::shared_ptr<BlueZGattServer> BlueZGattServer::create(std::shared_ptr<BlueZOb
                             self->adapter() + " does not advertise: " + error.message);
                 } });
     server->_objects->add(server);
-    DispatchQueue::main().async([weak] {
-        if (const auto self = weak.lock())
-            self->begin();
-    });
+    server->beginSoon();
     return server;
 }
 
@@ -77,8 +74,10 @@ void BlueZGattServer::daemonDidChange()
 
 void BlueZGattServer::didAppear(const std::string& path, const std::string& interface)
 {
-    if (interface == interface::adapter && (_adapter.empty() || path == _adapter))
-        begin();
+    // The daemon may announce these one by one, and its adapter serves once it has all of them.
+    for (const auto* needed : { interface::adapter, interface::gattManager, interface::advertisingManager })
+        if (interface == needed && (_adapter.empty() || path == _adapter))
+            beginSoon();
     if (interface == interface::device)
         lookAt(path);
 }
@@ -110,6 +109,14 @@ void BlueZGattServer::isForgotten()
     _advertiser->isForgotten();
     for (const auto& one : std::exchange(_subscribed, {}))
         tell(&GattServerDelegate::gattServerDidSubscribe, one, false);
+}
+
+void BlueZGattServer::beginSoon()
+{
+    DispatchQueue::main().async([weak = weak_from_this(), spell = ++_spell] {
+        if (const auto self = weak.lock(); self && self->_spell == spell)
+            self->begin();
+    });
 }
 
 void BlueZGattServer::begin()

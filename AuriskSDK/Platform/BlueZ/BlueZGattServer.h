@@ -39,6 +39,7 @@ public:
 
 private:
     // From nothing to serving, a step at a time
+    void beginSoon();
     void begin();
     std::optional<std::string> obstacle();
     void switchOn();
