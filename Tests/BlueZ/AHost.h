@@ -19,6 +19,9 @@ protected:
     {
         accessory.reset();
         manager.reset();
+        platform.reset();
+        served.reset();
+        EXPECT_TRUE(until([] { return countOfSockets() == 0; }, 2s)) << "somebody still holds a connection to the bus";
         tidyUp();
     }
 

@@ -1,5 +1,6 @@
 #include "Tests/BlueZ/Guest.h"
 
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 
@@ -46,6 +47,14 @@ void setInReach(bool within)
         unlink(reach);
     else
         std::ofstream(reach) << "off";
+}
+
+int countOfSockets()
+{
+    int count = 0;
+    for (const auto& one : std::filesystem::directory_iterator("/proc/self/fd"))
+        count += std::filesystem::is_socket(one.status());
+    return count;
 }
 
 void tidyUp()

@@ -25,6 +25,9 @@ void setPower(const std::string& adapter, bool on);
 /// Whether the aid's adapter is within reach. A link that is there does not notice.
 void setInReach(bool within);
 
+/// How many sockets this process has: each of them is a connection to the bus.
+int countOfSockets();
+
 /// Leaves radio and daemon to the next test as it should find them.
 void tidyUp();
 

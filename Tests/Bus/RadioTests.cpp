@@ -1,5 +1,10 @@
 #include "Tests/Bus/AHostOnAPlayedBus.h"
 
+#include <filesystem>
+#include <string>
+
+#include <fcntl.h>
+
 namespace aurisk::bluez {
 namespace {
 
@@ -68,6 +73,20 @@ TEST_F(AHostOnAPlayedBus, HasOneAgentInALifeOfTheDaemon)
     daemon.setPresent(true);
     EXPECT_TRUE(hears("connected L"));
     EXPECT_EQ(daemon.count("RegisterAgent /org/bluez"), 1) << "an application that connects at once makes no other";
+}
+
+/// It would keep it, and with it all that the daemon does for us.
+TEST_F(AHostOnAPlayedBus, GivesNoConnectionToAProgramThatTheApplicationStarts)
+{
+    begin();
+    int sockets = 0;
+    for (const auto& one : std::filesystem::directory_iterator("/proc/self/fd")) {
+        if (!std::filesystem::is_socket(one.status()))
+            continue;
+        ++sockets;
+        EXPECT_TRUE(fcntl(std::stoi(one.path().filename()), F_GETFD) & FD_CLOEXEC) << one.path();
+    }
+    EXPECT_GE(sockets, 2) << "there is no connection to look at";
 }
 
 } // namespace

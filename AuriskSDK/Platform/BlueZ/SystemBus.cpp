@@ -12,8 +12,8 @@
 
 #include <cstring>
 
+#include <fcntl.h>
 #include <poll.h>
-#include <unistd.h>
 
 namespace aurisk::bluez {
 
@@ -58,7 +58,9 @@ struct SystemBus::Library {
         if (const int result = sd_bus_open_system(&opened); result < 0)
             return result;
         bus.reset(opened);
-        const int own = dup(sd_bus_get_fd(opened)); // the loop closes what it is given
+        // The loop closes what it is given. A program that the application starts must not inherit it: the connection,
+        // and whatever the daemon does for it, would last as long as that program.
+        const int own = fcntl(sd_bus_get_fd(opened), F_DUPFD_CLOEXEC, 0);
         if (own < 0)
             return -errno;
         asio::error_code failed;
