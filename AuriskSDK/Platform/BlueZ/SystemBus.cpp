@@ -26,7 +26,7 @@ struct Unref {
 using Bus = std::unique_ptr<sd_bus, Unref>;
 using Message = std::unique_ptr<sd_bus_message, Unref>;
 
-constexpr int mostMessagesInATurn = 64; ///< then timers and descriptors have theirs
+constexpr int mostStepsInATurn = 64; ///< then timers and descriptors have theirs
 
 std::string textOr(const char* text, const char* otherwise = "") { return text ? text : otherwise; }
 
@@ -81,17 +81,19 @@ struct SystemBus::Library {
         });
     }
 
+    /// To ask for more after a message would be a system call, mostly in vain: the loop knows of more by itself.
     void pump()
     {
         isPumpPosted = false;
-        for (int handled = 0; handled < mostMessagesInATurn; ++handled) {
-            const int result = sd_bus_process(bus.get(), nullptr);
-            if (result < 0)
-                return self.fail(systemError(result));
-            if (result == 0)
-                return wait();
-        }
-        pumpSoon();
+        int result = 1;
+        for (int step = 0; step < mostStepsInATurn && result > 0 && told.empty(); ++step)
+            result = sd_bus_process(bus.get(), nullptr);
+        if (result < 0)
+            self.fail(systemError(result));
+        else
+            wait(); // before anything is told, by which the loop may be run
+        for (const auto& tell : std::exchange(told, {}))
+            tell(self);
     }
 
     void wait()
@@ -162,14 +164,15 @@ struct SystemBus::Library {
             reply.error = BusError{ textOr(error->name, SD_BUS_ERROR_FAILED), textOr(error->message) };
         else
             reply.values = readValues(message);
-        later([answered = std::move(waiting.mapped()), reply = std::move(reply)](SystemBus&) { answered(reply); });
+        told.push_back(
+            [answered = std::move(waiting.mapped()), reply = std::move(reply)](SystemBus&) { answered(reply); });
     }
 
     static int didHear(sd_bus_message* message, void* library, sd_bus_error*)
     {
         BusSignal signal{ textOr(sd_bus_message_get_path(message)), textOr(sd_bus_message_get_interface(message)),
             textOr(sd_bus_message_get_member(message)), readValues(message) };
-        static_cast<Library*>(library)->later([signal = std::move(signal)](SystemBus& owner) {
+        static_cast<Library*>(library)->told.push_back([signal = std::move(signal)](SystemBus& owner) {
             if (owner._handlers.heard)
                 owner._handlers.heard(signal);
         });
@@ -188,7 +191,7 @@ struct SystemBus::Library {
     {
         BusRequest request{ textOr(sd_bus_message_get_path(message)), textOr(sd_bus_message_get_interface(message)),
             textOr(sd_bus_message_get_member(message)), readValues(message), { sd_bus_message_ref(message), Unref() } };
-        static_cast<Library*>(library)->later(
+        static_cast<Library*>(library)->told.push_back(
             [request = std::move(request)](SystemBus& owner) { owner._library->handOver(request); });
         return 1;
     }
@@ -201,14 +204,6 @@ struct SystemBus::Library {
                 return called(request);
             }
         self.refuse(request, { SD_BUS_ERROR_UNKNOWN_OBJECT, "There is no such object." });
-    }
-
-    void later(std::function<void(SystemBus&)> work)
-    {
-        DispatchQueue::main().async([weak = self.weak_from_this(), work = std::move(work)] {
-            if (const auto alive = weak.lock(); alive && alive->_library)
-                work(*alive);
-        });
     }
 
     // Messages of ours
@@ -229,6 +224,7 @@ struct SystemBus::Library {
     Bus bus;
     asio::steady_timer timer;
     asio::posix::stream_descriptor descriptor;
+    std::vector<std::function<void(SystemBus&)>> told; ///< what is to be told of the message that has just come
     std::uint64_t timerIsDue = UINT64_MAX;
     bool isPumpPosted = false;
     bool isWaitingToRead = false;

@@ -50,8 +50,8 @@ struct BusRequest {
 };
 
 /// One connection to the system bus: the only place that knows the bus library. It waits on the loop of the main queue,
-/// has no thread and never blocks. Used on the main queue; everything that it tells comes as a piece of work of its own
-/// on that queue, in the order in which it came over the bus, and nothing does any more once it is gone.
+/// has no thread and never blocks. Used on the main queue; everything that it tells comes in a turn of that queue of
+/// its own, never within a call, in the order in which it came over the bus. Nothing does any more once it is gone.
 class SystemBus final : public std::enable_shared_from_this<SystemBus> {
     class Key {
         friend class SystemBus;
