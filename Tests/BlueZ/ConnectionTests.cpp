@@ -89,9 +89,11 @@ TEST_F(AHost, AgreesToBePairedWithByAnAidThatItIsConnectedTo)
     app->request(*accessory, readVolume);
     expect(volumeIs10);
 
+    accessory->disconnect();
+    expect("did disconnect");
+    served.reset(); // bluetoothd 5.66 ends now and then where a server goes whose subscriber it has just forgotten
     forget("/org/bluez/hci0", aid);
     forget("/org/bluez/hci1", host);
-    expect("did disconnect with an error");
 }
 
 /// Daemons may keep the battery service of a device for themselves.
