@@ -113,6 +113,40 @@ TEST_F(AHostOnAPlayedBus, WaitsForTheServicesOfItsOwnLinkThoughAnotherWasThereBe
     EXPECT_TRUE(hears("connected L"));
 }
 
+TEST_F(AHostOnAPlayedBus, LeavesALinkAloneThatAnotherProgramIsMaking)
+{
+    const auto left = addAid("L");
+    begin();
+    daemon.on["Connect " + left] = [&](const BusRequest& request) {
+        daemon.fail(request, "Operation already in progress");
+        daemon.change(left, interface::device, { { "Connected", true } });
+        daemon.on.clear();
+    };
+    daemon.on["Disconnect " + left] = [&](const BusRequest& request) { daemon.answer(request); };
+    connect("L");
+    ASSERT_TRUE(daemon.isCalled("Connect " + left));
+    ASSERT_TRUE(hears("connected L"));
+    EXPECT_EQ(daemon.count("Connect " + left), 2);
+    EXPECT_EQ(daemon.count("Disconnect " + left), 0);
+}
+
+TEST_F(AHostOnAPlayedBus, EndsAConnectionWhoseServicesHaveChanged)
+{
+    const auto left = addAid("L");
+    givenAConnectedAid();
+    const auto aid = peripheral("L");
+    aid->setDelegate(recorder);
+    aid->discoverServices();
+    ASSERT_TRUE(hears("services AE30"));
+    recorder->take();
+    daemon.remove(left + "/service0/char0"); // which nobody has asked for
+    daemon.catchUp();
+    EXPECT_THAT(recorder->heard, IsEmpty());
+    daemon.remove(left + "/service0");
+    EXPECT_TRUE(hears("disconnected L with error"));
+    EXPECT_TRUE(daemon.isCalled("Disconnect " + left));
+}
+
 TEST_F(AHostOnAPlayedBus, DoesNotEndAnAttemptForAnotherThatIsGivenUp)
 {
     const auto left = addAid("L");

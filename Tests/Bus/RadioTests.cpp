@@ -24,6 +24,46 @@ TEST_F(AHostOnAPlayedBus, GoesOnWithAnotherAdapterWhereItsOwnIsPulledOut)
     EXPECT_TRUE(daemon.isCalled("StartDiscovery /org/bluez/hci1"));
 }
 
+/// As a daemon does that has just begun.
+TEST_F(AHostOnAPlayedBus, WaitsAMomentForAnAdapterThatIsAnnouncedLate)
+{
+    const auto adapter = daemon.objects.extract(PlayedDaemon::hci0).mapped();
+    recorder = std::make_shared<Recorder>();
+    platform = makePlatform();
+    central = platform->makeCentralManager(recorder, {});
+    ASSERT_TRUE(daemon.isCalled("GetManagedObjects /"));
+    daemon.catchUp();
+    daemon.objects[PlayedDaemon::hci0] = adapter;
+    daemon.announce(PlayedDaemon::hci0);
+    EXPECT_TRUE(hears("state 5"));
+    EXPECT_THAT(recorder->heard, ElementsAre("state 5"));
+}
+
+TEST_F(AHostOnAPlayedBus, EndsAndFindsLinksThatAKilledDaemonHasLeftThoughTheyAreToldLate)
+{
+    const auto left = addAid("L"), right = addAid("R");
+    givenAConnectedAid();
+    auto objects = daemon.objects;
+    daemon.setPresent(false);
+    ASSERT_TRUE(hears("disconnected L with error"));
+    for (const auto& device : { left, right })
+        daemon.objects.erase(device);
+    daemon.setPresent(true);
+    ASSERT_TRUE(hears("state 5"));
+    central->scanForPeripherals({});
+    daemon.catchUp();
+    recorder->take();
+    for (const auto& device : { left, right }) {
+        daemon.objects[device][interface::device] = objects.at(device).at(interface::device);
+        daemon.objects[device][interface::device].erase("RSSI");
+        daemon.objects[device][interface::device]["Connected"] = true;
+        daemon.announce(device);
+    }
+    EXPECT_TRUE(daemon.isCalled("Disconnect " + left));
+    EXPECT_TRUE(hears("found R"));
+    EXPECT_EQ(daemon.count("Disconnect " + right), 0) << "that one is none of ours";
+}
+
 TEST_F(AHostOnAPlayedBus, TellsNothingMoreToACentralThatIsDroppedWhenItHearsThatTheRadioIsOff)
 {
     addAid("L");

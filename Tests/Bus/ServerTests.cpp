@@ -7,11 +7,16 @@
 namespace aurisk::bluez {
 namespace {
 
+using testing::ElementsAre;
+
 struct ServerRecorder final : GattServerDelegate {
     void gattServerDidStart(GattServer&) override { heard.push_back("started"); }
     void gattServerDidStop(GattServer&, const std::string& why) override { heard.push_back("stopped: " + why); }
-    void gattServerDidStartAdvertising(GattServer&) override { }
-    void gattServerDidConnect(GattServer&, const std::string&) override { }
+    void gattServerDidStartAdvertising(GattServer&) override { heard.push_back("advertising"); }
+    void gattServerDidConnect(GattServer&, const std::string& central) override
+    {
+        heard.push_back("connected " + central);
+    }
     void gattServerDidDisconnect(GattServer&, const std::string&) override { }
     void gattServerDidSubscribe(GattServer&, const CBUUID&, bool) override { }
     void gattServerDidReceiveWrite(
@@ -61,8 +66,62 @@ TEST(AServerOnAPlayedBus, StartsThoughTheAdapterIsAnnouncedPieceByPiece)
     }
     EXPECT_TRUE(daemon.isCalled("RegisterApplication /org/bluez/hci0")) << testing::PrintToString(recorder->heard);
     daemon.catchUp();
-    EXPECT_EQ(recorder->heard.back(), "started");
+    EXPECT_THAT(recorder->heard, ElementsAre("started")) << "what comes in a moment is no obstacle";
     EXPECT_EQ(daemon.count("RegisterApplication /org/bluez/hci0"), 1);
+}
+
+/// Its answer came too late, as where the process had been stopped.
+TEST(AServerOnAPlayedBus, AdvertisesThoughTheDaemonHasItsAdvertisementAlready)
+{
+    PrivateBus bus;
+    PlayedDaemon daemon;
+    const auto recorder = std::make_shared<ServerRecorder>();
+    const auto servers = makeGattServerPlatform();
+    const auto server = servers->makeGattServer({ .adapter = "hci0", .name = "X1-L" }, recorder);
+    daemon.on["RegisterAdvertisement"] = [&](const BusRequest& request) {
+        daemon.refuse(request, { "org.bluez.Error.AlreadyExists", "Already Exists" });
+        daemon.on.clear();
+    };
+    server->advertise(CBAdvertisementData{ .localName = "X1-L" });
+    EXPECT_TRUE(
+        until([&] { return !recorder->heard.empty() && recorder->heard.back() == "advertising"; }, Seconds(10)));
+    EXPECT_THAT(recorder->heard, ElementsAre("started", "advertising"));
+    EXPECT_EQ(daemon.count("UnregisterAdvertisement /org/bluez/hci0"), 1);
+}
+
+TEST(AServerOnAPlayedBus, LeavesNothingWithTheDaemonWhenItIsStoppedWhileItRegisters)
+{
+    PrivateBus bus;
+    PlayedDaemon daemon;
+    const auto recorder = std::make_shared<ServerRecorder>();
+    const auto servers = makeGattServerPlatform();
+    const auto server = servers->makeGattServer({ .adapter = "hci0", .name = "X1-L" }, recorder);
+    daemon.on["RegisterApplication"] = [&](const BusRequest& request) { daemon.hold(request); };
+    ASSERT_TRUE(daemon.isCalled("RegisterApplication /org/bluez/hci0"));
+    server->stop([] {});
+    server->advertise(CBAdvertisementData{ .localName = "X1-L" });
+    EXPECT_TRUE(daemon.isCalled("UnregisterApplication /org/bluez/hci0"));
+    daemon.answer(daemon.held.front());
+    daemon.catchUp();
+    EXPECT_EQ(daemon.count("RegisterAdvertisement /org/bluez/hci0"), 0);
+}
+
+/// One adapter may play an aid, and have headphones.
+TEST(AServerOnAPlayedBus, TakesOnlyThoseForCentralsThatMayHaveComeForIt)
+{
+    PrivateBus bus;
+    PlayedDaemon daemon;
+    const auto headphones = daemon.addAid("Headphones", 1), host = daemon.addAid("Host", 2);
+    daemon.objects[headphones][interface::device]["Class"] = std::uint32_t(0x240404);
+    const auto recorder = std::make_shared<ServerRecorder>();
+    const auto servers = makeGattServerPlatform();
+    const auto server = servers->makeGattServer({ .adapter = "hci0", .name = "X1-L" }, recorder);
+    server->advertise(CBAdvertisementData{ .localName = "X1-L" });
+    ASSERT_TRUE(until([&] { return recorder->heard.size() == 2; }, Seconds(10)));
+    for (const auto& device : { headphones, host })
+        daemon.setLink(device, true);
+    daemon.catchUp();
+    EXPECT_THAT(recorder->heard, ElementsAre("started", "advertising", "connected 00:AA:00:00:00:02"));
 }
 
 } // namespace

@@ -66,9 +66,9 @@ void AidOnAir::listen()
 void AidOnAir::watch()
 {
     const auto patience = std::max(Seconds(1), 3 * _simulator->world().placed(_name).advertisingInterval);
-    DispatchQueue::main().asyncAfter(patience, [weak = weak_from_this(), patience] {
+    DispatchQueue::main().asyncAfter(patience, [weak = weak_from_this(), watch = ++_watch, patience] {
         const auto self = weak.lock();
-        if (!self || !self->_isListening)
+        if (!self || self->_watch != watch || !self->_isListening)
             return;
         if (DispatchQueue::main().now() - self->_lastHeard >= patience)
             self->_server->advertise(std::nullopt);

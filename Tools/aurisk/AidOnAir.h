@@ -106,6 +106,7 @@ private:
     std::shared_ptr<CBPeripheral> _peripheral; ///< none until it has been heard
     bool _isAudible = false; ///< as the delegate knows
     bool _isListening = false;
+    int _watch = 0; ///< counts the watches, the last of which counts
     Seconds _lastHeard{ 0 };
 
     std::optional<std::string> _central; ///< whoever is connected over the air

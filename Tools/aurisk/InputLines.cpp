@@ -52,6 +52,8 @@ private:
         const auto count = ::read(_descriptor, bytes.data(), bytes.size());
         if (count < 0 && errno == EINTR)
             return readSoon();
+        if (count < 0 && errno == EIO && isInBackground())
+            return readLater();
         if (count <= 0)
             return end();
         _text.append(bytes.data(), std::size_t(count));
@@ -62,6 +64,21 @@ private:
             _handlers.line(line);
         }
         readSoon();
+    }
+
+    /// Whatever is typed is for somebody else, until the shell brings this to the foreground.
+    bool isInBackground() const
+    {
+        const auto foreground = ::tcgetpgrp(_descriptor);
+        return foreground != -1 && foreground != ::getpgrp();
+    }
+
+    void readLater()
+    {
+        DispatchQueue::main().asyncAfter(Seconds(1), [weak = weak_from_this()] {
+            if (const auto self = std::static_pointer_cast<Reading>(weak.lock()))
+                self->readSoon();
+        });
     }
 
     void end()

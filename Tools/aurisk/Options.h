@@ -107,6 +107,9 @@ struct Options {
     std::vector<std::string> aids = {}; ///< for `sim`, one for each adapter; empty: the first ones of the world
 };
 
+/// Devices are connected one after the other.
+inline Seconds connectLimit(const Options& options) { return options.timeout * (options.both ? 2 : 1); }
+
 } // namespace aurisk::tool
 
 namespace aurisk {

@@ -127,8 +127,8 @@ void Run::open(const std::vector<std::shared_ptr<Accessory>>& devices)
     for (const auto& device : devices) {
         if (const auto failure = check(*device))
             return fail(*failure);
-        sessions.push_back(
-            Session::create(device, { _options, _output, _began, gate }, [weak = weak_from_this()](ExitCode code) {
+        sessions.push_back(Session::create(device, { _options, _output, _began, gate, connectLimit(_options) },
+            [weak = weak_from_this()](ExitCode code) {
                 if (const auto self = weak.lock())
                     self->sessionEnded(code);
             }));

@@ -37,6 +37,7 @@ Session::Session(Key, std::shared_ptr<Accessory> device, const Setting& setting,
     , _output(setting.output)
     , _began(setting.began)
     , _gate(setting.gate)
+    , _connectLimit(setting.connectLimit)
     , _ended(std::move(ended))
     , _tap(std::make_shared<PeripheralTap>(_accessory))
 {
@@ -57,7 +58,7 @@ void Session::open(Then then)
     };
     if (_pl3)
         _pl3->setDataDelegate(weak_from_this());
-    waitFor("connect");
+    waitFor("connect", _connectLimit);
     connect(std::move(then));
 }
 
@@ -85,8 +86,6 @@ std::size_t Session::longestValue() const
 
 // Waits
 
-std::string Session::limit() const { return fmt::format("{:g} s", _options.timeout.count()); }
-
 void Session::wait(Seconds limit, Then late)
 {
     waitIsOver();
@@ -97,11 +96,13 @@ void Session::wait(Seconds limit, Then late)
         });
 }
 
-void Session::waitFor(std::string purpose)
+void Session::waitFor(std::string purpose) { waitFor(std::move(purpose), _options.timeout); }
+
+void Session::waitFor(std::string purpose, Seconds limit)
 {
-    wait(_options.timeout, [](Session& self) {
-        auto sentence
-            = fmt::format("{} did not answer within {} when asked to {}", self.name(), self.limit(), self._purpose);
+    wait(limit, [limit](Session& self) {
+        const auto sentence = fmt::format(
+            "{} did not answer within {:g} s when asked to {}", self.name(), limit.count(), self._purpose);
         if (self._phase != Phase::closing)
             return self.fail(sentence);
         self._output.note(sentence);

@@ -46,6 +46,7 @@ public:
         Output& output;
         Seconds began; ///< when the run did
         std::shared_ptr<Gate> gate;
+        Seconds connectLimit; ///< how long it may take until a device is connected: others may come before it
     };
 
     /// `ended` is called once, when the device is disconnected.
@@ -176,6 +177,7 @@ private:
     void connectAgain(Seconds limit, const std::string& ifItStaysAway, Then then);
     void wait(Seconds limit, Then late);
     void waitFor(std::string purpose);
+    void waitFor(std::string purpose, Seconds limit);
     void waitIsOver();
     template <typename Device, typename Request, typename Result>
     void ask(Device& device, const Request& request, ThenWith<Result> answered);
@@ -190,7 +192,6 @@ private:
     void end();
     Fields identified(const Fields& fields) const;
     bool isRadioOff() const;
-    std::string limit() const;
 
     std::shared_ptr<Accessory> _accessory;
     std::shared_ptr<AuriskAccessory> _device; ///< the same, where it is one of these
@@ -200,6 +201,7 @@ private:
     Output& _output;
     Seconds _began;
     std::shared_ptr<Gate> _gate;
+    Seconds _connectLimit;
     std::function<void(ExitCode)> _ended;
     std::shared_ptr<PeripheralTap> _tap;
 

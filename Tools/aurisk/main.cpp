@@ -97,7 +97,8 @@ ExitCode runSimulated(const Options& options, Descriptors& descriptors, Output& 
 ExitCode runReal([[maybe_unused]] const Options& options, [[maybe_unused]] Descriptors& descriptors, Output& output)
 {
 #ifdef AURISK_BLUEZ
-    const auto radio = bluez::makePlatform({ .adapter = options.adapters.empty() ? "" : options.adapters.front() });
+    const auto radio = bluez::makePlatform({ .adapter = options.adapters.empty() ? "" : options.adapters.front(),
+        .connectionLimit = connectLimit(options) * 0.9 }); // it can say more of a failure than who waits for it
     const auto whyNot = [radio] { return radio->whyNot(); };
     return runOn(radio, whyNot, options, descriptors, output);
 #else

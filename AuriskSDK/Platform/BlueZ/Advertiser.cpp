@@ -60,6 +60,11 @@ void Advertiser::start()
                 self._handlers.started();
                 return self.settle();
             }
+            if (reply.error->name.ends_with(".AlreadyExists")) { // by a call whose answer came too late
+                self._state = State::on;
+                self._given.reset();
+                return self.settle();
+            }
             self._state = State::off;
             self._handlers.failed(*reply.error);
             DispatchQueue::main().asyncAfter(retryInterval, [weak = self.weak_from_this(), spell = self._spell] {
@@ -82,11 +87,12 @@ void Advertiser::takeBack()
 void Advertiser::stop(std::function<void()> stopped)
 {
     ++_spell;
-    if (!mayBeHeard())
+    const bool isToEnd = mayBeHeard();
+    const auto adapter = std::exchange(_adapter, "");
+    if (!isToEnd)
         return DispatchQueue::main().async(std::move(stopped));
-    _objects->call(_adapter, interface::advertisingManager, "UnregisterAdvertisement", { ObjectPath{ _path } },
+    _objects->call(adapter, interface::advertisingManager, "UnregisterAdvertisement", { ObjectPath{ _path } },
         daemonLimit, [stopped = std::move(stopped)](const BusReply&) { stopped(); });
-    _adapter.clear();
 }
 
 void Advertiser::call(

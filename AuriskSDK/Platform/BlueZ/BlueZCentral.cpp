@@ -136,6 +136,7 @@ std::shared_ptr<BlueZPeripheral> BlueZCentral::peripheralAt(const std::string& d
     const auto* address = _radio->objects().property<std::string>(devicePath, interface::device, "Address");
     if (!address)
         return nullptr;
+    std::erase_if(_peripherals, [](const auto& entry) { return entry.second.expired(); });
     auto made = BlueZPeripheral::create(weak_from_this(), _radio, *address, devicePath);
     _peripherals.insert_or_assign(devicePath, made);
     return made;
@@ -188,6 +189,12 @@ void BlueZCentral::batteryDidChange(const std::string& devicePath)
 {
     if (const auto peripheral = knownAt(devicePath))
         peripheral->batteryDidChange();
+}
+
+void BlueZCentral::objectDidVanish(const std::string& devicePath, const std::string& path)
+{
+    if (const auto peripheral = knownAt(devicePath))
+        peripheral->objectDidVanish(path);
 }
 
 } // namespace aurisk::bluez

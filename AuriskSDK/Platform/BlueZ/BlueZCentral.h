@@ -38,6 +38,8 @@ public:
     void linkDidGo(const std::string& devicePath);
     void valueDidChange(const std::string& devicePath, const std::string& path, const Data& value);
     void batteryDidChange(const std::string& devicePath);
+    /// A service or characteristic of the device's.
+    void objectDidVanish(const std::string& devicePath, const std::string& path);
 
     // What its peripherals need
 

@@ -36,6 +36,7 @@ constexpr Saying sayings[] = {
     { ".Failed", "Input/output error", ErrorCode::failed, ConnectFailure::confused,
         "the adapter does not do it, or does it already" },
     { ".NotReady", "", ErrorCode::radioOff, ConnectFailure::transient, "the radio is not powered on" },
+    { ".NotPermitted", "Not paired", ErrorCode::unauthorized, ConnectFailure::final, "it wants to be paired with" },
     { ".NotPermitted", "", ErrorCode::notPermitted, ConnectFailure::final, "that is not permitted" },
     { ".NotSupported", "", ErrorCode::notPermitted, ConnectFailure::final, "that is not supported" },
     { ".NotAuthorized", "", ErrorCode::unauthorized, ConnectFailure::final, "it wants to be paired with" },

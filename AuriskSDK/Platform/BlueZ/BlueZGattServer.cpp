@@ -7,11 +7,7 @@ namespace aurisk::bluez {
 
 namespace {
 
-constexpr auto adaptersPath = "/org/bluez";
 constexpr Seconds retryInterval{ 5 };
-
-/// The last part of a path: "hci1".
-std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
 } // namespace
 
@@ -47,7 +43,7 @@ BlueZGattServer::BlueZGattServer(Key, std::shared_ptr<BlueZObjects> objects, std
     , _table(_root, _options.services)
 {
     if (!_options.adapter.empty())
-        _adapter = std::string(adaptersPath) + "/" + _options.adapter;
+        _adapter = std::string(daemonPath) + "/" + _options.adapter;
 }
 
 BlueZGattServer::~BlueZGattServer()
@@ -68,6 +64,8 @@ std::string BlueZGattServer::address() const
 
 void BlueZGattServer::daemonDidChange()
 {
+    if (_objects->daemon() == DaemonState::present)
+        _daemonBegan = DispatchQueue::main().now();
     isForgotten();
     begin();
 }
@@ -103,7 +101,7 @@ void BlueZGattServer::didVanish(const std::string& path, const std::string& inte
 /// The daemon knows nothing of the server any more.
 void BlueZGattServer::isForgotten()
 {
-    _isRegistered = false;
+    _isRegistered = _mayBeRegistered = false;
     _maySwitchOn = true;
     _advertiser->radioIs("");
     _advertiser->isForgotten();
@@ -113,7 +111,13 @@ void BlueZGattServer::isForgotten()
 
 void BlueZGattServer::beginSoon()
 {
-    DispatchQueue::main().async([weak = weak_from_this(), spell = ++_spell] {
+    ++_spell;
+    beginLater(Seconds(0));
+}
+
+void BlueZGattServer::beginLater(Seconds delay)
+{
+    DispatchQueue::main().asyncAfter(delay, [weak = weak_from_this(), spell = _spell] {
         if (const auto self = weak.lock(); self && self->_spell == spell)
             self->begin();
     });
@@ -124,12 +128,20 @@ void BlueZGattServer::begin()
     if (_isEnding || _objects->daemon() == DaemonState::unknown)
         return;
     ++_spell;
-    if (const auto why = obstacle())
+    if (const auto why = obstacle(); why && isDaemonStarting())
+        beginLater(startLimit);
+    else if (why)
         pause(*why);
     else if (!_objects->isTrue(_adapter, interface::adapter, "Powered"))
         switchOn();
     else
         takeName();
+}
+
+/// Whether what is not there may come in a moment.
+bool BlueZGattServer::isDaemonStarting() const
+{
+    return _objects->daemon() == DaemonState::present && DispatchQueue::main().now() - _daemonBegan < startLimit;
 }
 
 /// Why it cannot serve whatever it does; none where it can.
@@ -139,7 +151,7 @@ std::optional<std::string> BlueZGattServer::obstacle()
         return "the system bus does not let this user speak to the Bluetooth daemon";
     if (_objects->daemon() != DaemonState::present)
         return "the Bluetooth daemon is not running";
-    const auto adapters = _objects->below(adaptersPath, interface::adapter);
+    const auto adapters = _objects->below(daemonPath, interface::adapter);
     if (_adapter.empty() && !adapters.empty())
         _adapter = adapters.front();
     if (_adapter.empty())
@@ -184,6 +196,7 @@ void BlueZGattServer::registerTable()
         if (const auto self = weak.lock())
             self->called(request);
     });
+    _mayBeRegistered = true;
     call(interface::gattManager, "RegisterApplication", { ObjectPath{ _root }, BusDictionary() },
         [](BlueZGattServer& self, const BusReply& reply) {
             if (reply.error && !reply.error->name.ends_with(".AlreadyExists"))
@@ -215,10 +228,7 @@ void BlueZGattServer::pause(const std::string& why)
 void BlueZGattServer::tryLater(const std::string& why)
 {
     pause(why);
-    DispatchQueue::main().asyncAfter(retryInterval, [weak = weak_from_this(), spell = _spell] {
-        if (const auto self = weak.lock(); self && self->_spell == spell)
-            self->begin();
-    });
+    beginLater(retryInterval);
 }
 
 void BlueZGattServer::stop(std::function<void()> stopped)
@@ -232,7 +242,7 @@ void BlueZGattServer::stop(std::function<void()> stopped)
     const auto leave = [group](const BusReply&) { group->leave(); };
     group->enter();
     _advertiser->stop([group] { group->leave(); });
-    if (std::exchange(_isRegistered, false)) {
+    if (std::exchange(_mayBeRegistered, false)) {
         group->enter();
         _objects->call(
             _adapter, interface::gattManager, "UnregisterApplication", { ObjectPath{ _root } }, daemonLimit, leave);
@@ -270,14 +280,15 @@ void BlueZGattServer::disconnectCentral(const std::string& central)
             _objects->call(path, interface::device, "Disconnect", {}, daemonLimit, nullptr);
 }
 
-/// The adapter may have connections that are none of ours, so only what comes while we can be heard is a central.
+/// The adapter may have connections that are none of ours. So only what comes while we can be heard is a central, and
+/// nothing with a class of device, which belongs to BR/EDR: a telephone that has one is known by what it asks for.
 void BlueZGattServer::lookAt(const std::string& device)
 {
     if (!_isServing || !device.starts_with(_adapter + "/"))
         return;
     if (!_objects->isTrue(device, interface::device, "Connected"))
         disconnected(device);
-    else if (_advertiser->mayBeHeard())
+    else if (_advertiser->mayBeHeard() && !_objects->property<std::uint32_t>(device, interface::device, "Class"))
         connected(device);
 }
 

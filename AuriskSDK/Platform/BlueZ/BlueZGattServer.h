@@ -42,6 +42,8 @@ private:
     void beginSoon();
     void begin();
     std::optional<std::string> obstacle();
+    bool isDaemonStarting() const;
+    void beginLater(Seconds delay);
     void switchOn();
     void takeName();
     void registerTable();
@@ -85,7 +87,9 @@ private:
     std::map<std::string, std::string> _centrals; ///< the addresses of those that are connected, by path
     std::set<CBUUID> _subscribed;
     bool _maySwitchOn = true;
-    bool _isRegistered = false; ///< the table, in this life of the daemon
+    bool _mayBeRegistered = false; ///< the table, in this life of the daemon: it has been asked to take it
+    bool _isRegistered = false;
+    Seconds _daemonBegan{ 0 };
     bool _isServing = false;
     bool _isEnding = false;
     int _spell = 0; ///< counts what makes answers and timers void

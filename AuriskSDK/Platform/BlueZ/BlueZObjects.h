@@ -17,13 +17,26 @@ constexpr auto gattManager = "org.bluez.GattManager1";
 constexpr auto advertisingManager = "org.bluez.LEAdvertisingManager1";
 constexpr auto advertisement = "org.bluez.LEAdvertisement1";
 constexpr auto agentManager = "org.bluez.AgentManager1";
-constexpr auto agent = "org.bluez.Agent1";
 constexpr auto objectManager = "org.freedesktop.DBus.ObjectManager";
 constexpr auto properties = "org.freedesktop.DBus.Properties";
 } // namespace interface
 
+constexpr auto daemonPath = "/org/bluez"; ///< adapters are below it
+
+/// The last part of a path: "hci0".
+inline std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+
+/// What an object is below: "/org/bluez/hci0" of a device there.
+inline std::string parentOf(const std::string& path) { return path.substr(0, path.rfind('/')); }
+
 /// How long a call may take that waits for the daemon alone, and for nothing on the air.
 constexpr Seconds daemonLimit{ 5 };
+
+/// The daemon answers `Disconnect` when the link has gone, which takes it two seconds.
+constexpr Seconds disconnectLimit{ 10 };
+
+/// A daemon that has just begun may take that long to tell its adapters.
+constexpr Seconds startLimit{ 2 };
 
 enum class DaemonState {
     unknown, ///< nobody has said yet

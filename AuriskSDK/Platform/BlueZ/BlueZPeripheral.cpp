@@ -21,10 +21,11 @@ using Properties = CBCharacteristicProperties;
 /// the link with it.
 constexpr Seconds operationLimit{ 35 };
 
-constexpr Seconds disconnectLimit{ 10 };
-
 /// How long operations that were asked for before the end of a connection may take.
 constexpr Seconds drainLimit{ 1 };
+
+/// How long it may take from the end of a service to the end of its device's connection.
+constexpr Seconds vanishedPatience{ 0.5 };
 
 /// How long the daemon may take to read a battery level of its own.
 constexpr Seconds batteryPatience{ 1 };
@@ -174,6 +175,18 @@ void BlueZPeripheral::linkDidGo(const BluetoothError& error)
         end(error);
 }
 
+/// A device that has changed its services is connected anew, or nothing that it is asked would arrive. Where the device
+/// goes as a whole, word of that is on its way.
+void BlueZPeripheral::objectDidVanish(const std::string& path)
+{
+    if (_state != State::connected || !uses(path) || std::exchange(_isOutdated, true))
+        return;
+    DispatchQueue::main().asyncAfter(vanishedPatience, inThisConnection([](BlueZPeripheral& self) {
+        self.objects().call(self._path, interface::device, "Disconnect", {}, disconnectLimit, nullptr);
+        self.end(bluezError(ErrorCode::linkLost, self.label() + " has changed its services."));
+    }));
+}
+
 /// The connection, or the attempt at one, is over. There is no error where the host asked for that.
 void BlueZPeripheral::end(const MaybeError& error)
 {
@@ -212,7 +225,7 @@ void BlueZPeripheral::forgetConnection()
     _services.clear();
     _operations.clear();
     _isOperating = false;
-    _endsOnceIdle = false;
+    _isOutdated = _endsOnceIdle = false;
     _reading = nullptr;
     _heardWhileReading.clear();
     enter(State::disconnected);
@@ -344,6 +357,17 @@ void BlueZPeripheral::makeCharacteristics(const std::shared_ptr<CBService>& serv
 bool BlueZPeripheral::has(const std::shared_ptr<CBService>& service) const
 {
     return _state == State::connected && std::find(_services.begin(), _services.end(), service) != _services.end();
+}
+
+/// Whether a service or a characteristic that has been handed out is that object.
+bool BlueZPeripheral::uses(const std::string& path) const
+{
+    return std::any_of(_services.begin(), _services.end(), [&](const auto& service) {
+        const auto& all = service->characteristics();
+        return static_cast<const BlueZService&>(*service).path == path
+            || std::any_of(all.begin(), all.end(),
+                [&](const auto& one) { return static_cast<const BlueZCharacteristic&>(*one).path == path; });
+    });
 }
 
 /// The characteristic, where it is one of this connection.

@@ -77,6 +77,7 @@ public:
     void linkDidGo(const BluetoothError& error);
     void valueDidChange(const std::string& path, const Data& value);
     void batteryDidChange();
+    void objectDidVanish(const std::string& path);
 
 private:
     using Characteristic = std::shared_ptr<BlueZCharacteristic>;
@@ -102,6 +103,7 @@ private:
     void makeServices();
     void makeCharacteristics(const std::shared_ptr<CBService>& service) const;
     bool has(const std::shared_ptr<CBService>& service) const;
+    bool uses(const std::string& path) const;
     Characteristic mine(const std::shared_ptr<CBCharacteristic>& characteristic) const;
     void didRead(const Characteristic& characteristic, const BusReply& reply);
     void take(const Characteristic& characteristic, Data value);
@@ -127,6 +129,7 @@ private:
     std::vector<std::shared_ptr<CBService>> _services;
     std::deque<std::function<void(BlueZPeripheral&)>> _operations; ///< one at a time is under way
     bool _isOperating = false;
+    bool _isOutdated = false; ///< what has been handed out is not there any more
     bool _endsOnceIdle = false; ///< the link is to end with the last operation
     Characteristic _reading; ///< what is being read
     std::vector<Data> _heardWhileReading; ///< its values meanwhile, one of which is the answer itself

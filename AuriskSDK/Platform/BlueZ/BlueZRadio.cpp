@@ -14,8 +14,6 @@ namespace {
 /// How long an adapter or a daemon that has gone may take to come back.
 constexpr Seconds absenceLimit{ 5 };
 
-constexpr auto daemonPath = "/org/bluez";
-
 /// "/org/bluez/hci0/dev_00_AA_01_01_00_01" of whatever lies there or below; empty for anything above.
 std::string devicePathOf(const std::string& path)
 {
@@ -112,13 +110,16 @@ void BlueZRadio::update()
         }
         return become(now);
     }
-    if (_state == CBManagerState::unknown || _state == CBManagerState::unsupported)
+    const bool isFirst = _state == CBManagerState::unknown;
+    if (_state == CBManagerState::unsupported || (isFirst && _objects->daemon() != DaemonState::present))
         return become(now);
-    become(CBManagerState::resetting);
-    DispatchQueue::main().asyncAfter(absenceLimit, [weak = weak_from_this(), absence = _absence] {
-        if (const auto self = weak.lock(); self && self->_absence == absence)
-            self->become(self->stateNow());
-    });
+    if (!isFirst)
+        become(CBManagerState::resetting);
+    DispatchQueue::main().asyncAfter(
+        isFirst ? startLimit : absenceLimit, [weak = weak_from_this(), absence = _absence] {
+            if (const auto self = weak.lock(); self && self->_absence == absence)
+                self->become(self->stateNow());
+        });
 }
 
 void BlueZRadio::become(CBManagerState state)
@@ -164,10 +165,10 @@ std::string BlueZRadio::whyNot() const
     case DaemonState::present: break;
     }
     if (!findAdapter().empty())
-        return _state == CBManagerState::poweredOff ? _adapter.substr(_adapter.rfind('/') + 1) + " is powered off" : "";
+        return _state == CBManagerState::poweredOff ? nameOf(_adapter) + " is powered off" : "";
     std::string others;
     for (const auto& path : _objects->below(daemonPath, interface::adapter))
-        others += (others.empty() ? "" : ", ") + path.substr(path.rfind('/') + 1);
+        others += (others.empty() ? "" : ", ") + nameOf(path);
     if (others.empty())
         return "the Bluetooth daemon has no adapter";
     return fmt::format("the Bluetooth daemon has no adapter {}; it has {}", _options.adapter, others);
@@ -181,11 +182,20 @@ void BlueZRadio::daemonDidChange()
         _leftBehind.insert(_occupied.begin(), _occupied.end());
         return update();
     }
-    // A daemon that was killed leaves its links to the next one, for which they are nobody's.
-    for (const auto& device : std::exchange(_leftBehind, {}))
-        if (_objects->isTrue(device, interface::device, "Connected"))
-            _objects->call(device, interface::device, "Disconnect", {}, daemonLimit, nullptr);
+    _daemonBegan = DispatchQueue::main().now();
+    for (const auto& device : std::set(_leftBehind))
+        endIfLeftBehind(device);
     update();
+}
+
+/// A daemon that was killed leaves its links to the next one, for which they are nobody's, and which may take a moment
+/// to tell of them.
+void BlueZRadio::endIfLeftBehind(const std::string& device)
+{
+    if (!_objects->isTrue(device, interface::device, "Connected") || _leftBehind.erase(device) == 0)
+        return;
+    if (DispatchQueue::main().now() - _daemonBegan < absenceLimit)
+        _objects->call(device, interface::device, "Disconnect", {}, daemonLimit, nullptr);
 }
 
 void BlueZRadio::didAppear(const std::string& path, const std::string& interface)
@@ -196,9 +206,12 @@ void BlueZRadio::didAppear(const std::string& path, const std::string& interface
     if (device.empty() || !device.starts_with(_adapter + "/"))
         return;
     if (interface == interface::device) {
+        endIfLeftBehind(device);
         _connector->deviceDidAppear(device);
         if (_objects->property<std::int16_t>(device, interface::device, "RSSI"))
             didHear(device);
+        else if (_objects->isTrue(device, interface::device, "Connected"))
+            eachCentral([&](BlueZCentral& central) { central.didHear(device); });
     } else if (interface == interface::battery) {
         eachCentral([&](BlueZCentral& central) { central.batteryDidChange(device); });
     }
@@ -224,7 +237,9 @@ void BlueZRadio::didChange(const std::string& path, const std::string& interface
             didHear(device);
         if (const auto* isResolved = find<bool>(changed, "ServicesResolved"); isResolved && *isResolved)
             _connector->servicesDidResolve(device);
-        if (const auto* isConnected = find<bool>(changed, "Connected"); isConnected && !*isConnected)
+        if (const auto* isConnected = find<bool>(changed, "Connected"); isConnected && *isConnected)
+            endIfLeftBehind(device);
+        else if (isConnected)
             linkDidGo(device);
     }
 }
@@ -233,8 +248,13 @@ void BlueZRadio::didVanish(const std::string& path, const std::string& interface
 {
     if (interface == interface::adapter)
         return update();
-    if (interface == interface::device && path.starts_with(_adapter + "/"))
-        linkDidGo(path);
+    const auto device = devicePathOf(path);
+    if (device.empty() || !device.starts_with(_adapter + "/"))
+        return;
+    if (interface == interface::device)
+        linkDidGo(device);
+    else if (interface == interface::service || interface == interface::characteristic)
+        eachCentral([&](BlueZCentral& central) { central.objectDidVanish(device, path); });
 }
 
 void BlueZRadio::didHear(const std::string& devicePath)
@@ -262,6 +282,7 @@ void BlueZRadio::scanDidChange()
 void BlueZRadio::didOccupy(const std::string& devicePath)
 {
     _occupied.insert(devicePath);
+    _leftBehind.erase(devicePath);
     _agent->need(true);
 }
 

@@ -55,6 +55,7 @@ private:
     void update();
     void become(CBManagerState state);
     void powerOn();
+    void endIfLeftBehind(const std::string& device);
     void didHear(const std::string& devicePath);
     void linkDidGo(const std::string& devicePath);
     BluetoothError whyLost() const;
@@ -71,6 +72,7 @@ private:
     int _absence = 0; ///< counts how often daemon or adapter have gone, or come back
     std::multiset<std::string> _occupied; ///< the devices that a central has, or tries to have
     std::set<std::string> _leftBehind; ///< those that were when the daemon went
+    Seconds _daemonBegan{ 0 };
 };
 
 } // namespace aurisk::bluez

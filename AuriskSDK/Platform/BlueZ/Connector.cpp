@@ -11,8 +11,8 @@ namespace aurisk::bluez {
 
 namespace {
 
-/// How long one attempt may hear nothing while others wait.
-constexpr Seconds slice{ 10 };
+/// How long one attempt with this limit may hear nothing while others wait.
+Seconds sliceOf(Seconds limit) { return std::min(Seconds(10), limit / 4); }
 
 /// Discovering services takes a second or two, and many times that on a bad link. A link that was there before may be
 /// one that a daemon before this one made: nobody will ever discover its services.
@@ -24,7 +24,6 @@ constexpr Seconds adoptionTime{ 2.5 };
 /// The services of a device may follow the word that they are known.
 constexpr Seconds settleTime{ 0.5 };
 
-constexpr Seconds disconnectLimit{ 10 };
 /// Between two tries: the delay doubles from the first to the longest.
 constexpr Seconds busyDelay{ 1 }, fullDelay{ 4 }, firstDelay{ 0.2 }, longestDelay{ 5 };
 constexpr int mostDoublings = 5;
@@ -86,7 +85,7 @@ void Connector::connect(const std::shared_ptr<ConnectionClient>& client, Seconds
     if (_attempts.size() == 1)
         beginNext();
     else if (const auto step = _attempts.front()->step; step == Step::connecting || step == Step::searching)
-        after(slice, *_attempts.front(), [](Connector& self, Attempt& first) { self.letOthers(first); });
+        letOthersLater(*_attempts.front());
 }
 
 void Connector::beginNext()
@@ -119,13 +118,15 @@ void Connector::tryConnecting(Attempt& attempt)
     if (!_objects->propertiesOf(attempt.client->devicePath(), interface::device))
         return search(attempt);
     enter(attempt, Step::connecting);
-    attempt.isAdopted = isDevice(attempt, "Connected");
+    attempt.hasBeenTried = true;
+    const bool isMadeByOthers = std::exchange(attempt.isMadeByOthers, false);
+    attempt.isAdopted = isDevice(attempt, "Connected") && !isMadeByOthers;
     const auto remaining = attempt.deadline - DispatchQueue::main().now() + daemonLimit; // we give up before the bus
     _objects->call(attempt.client->devicePath(), interface::device, "Connect", {}, remaining,
         inThisStep(
             attempt, [](Connector& self, Attempt& first, const BusReply& reply) { self.didAnswer(first, reply); }));
     if (_attempts.size() > 1)
-        after(slice, attempt, [](Connector& self, Attempt& first) { self.letOthers(first); });
+        letOthersLater(attempt);
 }
 
 /// Devices that have not been heard for a while leave the tree. The scan goes on until this one is back.
@@ -135,7 +136,7 @@ void Connector::search(Attempt& attempt)
     if (std::exchange(_isPausing, false))
         _discovery->resume();
     if (_attempts.size() > 1)
-        after(slice, attempt, [](Connector& self, Attempt& first) { self.letOthers(first); });
+        letOthersLater(attempt);
 }
 
 void Connector::didAnswer(Attempt& attempt, const BusReply& reply)
@@ -203,7 +204,7 @@ void Connector::didFail(Attempt& attempt, const BluetoothError& error, ConnectFa
         attempt.strikes = 0;
     switch (failure) {
     case ConnectFailure::final: return fail(attempt, error);
-    case ConnectFailure::busy: return backOff(attempt, busyDelay);
+    case ConnectFailure::busy: return waitForOthers(attempt);
     case ConnectFailure::full: return backOff(attempt, fullDelay);
     case ConnectFailure::gone: return search(attempt);
     case ConnectFailure::confused:
@@ -226,10 +227,17 @@ bool Connector::forget(Attempt& attempt)
     AuriskLog::log(fmt::format("{} is made forgotten, to begin anew", attempt.client->label()));
     attempt.strikes = 0;
     enter(attempt, Step::backingOff);
-    _objects->call(path.substr(0, path.rfind('/')), interface::adapter, "RemoveDevice", { ObjectPath{ path } },
-        daemonLimit,
+    _objects->call(parentOf(path), interface::adapter, "RemoveDevice", { ObjectPath{ path } }, daemonLimit,
         inThisStep(attempt, [](Connector& self, Attempt& first, const BusReply&) { self.tryConnecting(first); }));
     return true;
+}
+
+/// Somebody else is making the link, which is not to be ended.
+void Connector::waitForOthers(Attempt& attempt)
+{
+    enter(attempt, Step::backingOff);
+    attempt.isMadeByOthers = true;
+    after(busyDelay, attempt, [](Connector& self, Attempt& first) { self.tryAgain(first); });
 }
 
 /// The next try has to wait for the end of a link that this one may have left behind.
@@ -272,6 +280,11 @@ void Connector::disconnect(const Attempt& attempt, SystemBus::Answer answered) c
 {
     _objects->call(
         attempt.client->devicePath(), interface::device, "Disconnect", {}, disconnectLimit, std::move(answered));
+}
+
+void Connector::letOthersLater(Attempt& attempt)
+{
+    after(sliceOf(attempt.limit), attempt, [](Connector& self, Attempt& first) { self.letOthers(first); });
 }
 
 /// Lets those who wait have a try; this attempt comes again after them.
@@ -327,7 +340,8 @@ BluetoothError Connector::tooLate(const Attempt& attempt) const
         case Step::backingOff:
         case Step::stopping: break;
         }
-        return isFirst(attempt) ? "did not answer" + within : "was not tried" + within + ": the radio was busy";
+        return isFirst(attempt) || attempt.hasBeenTried ? "did not answer" + within
+                                                        : "was not tried" + within + ": the radio was busy";
     };
     auto text = fmt::format("{} {}.", attempt.client->label(), sentence());
     if (attempt.lastError)

@@ -68,9 +68,11 @@ private:
         Seconds deadline{ 0 };
         Step step = Step::waiting;
         int turn = 0; ///< counts the steps: what was begun in one does not end another
+        bool hasBeenTried = false;
         int tries = 0;
         int strikes = 0; ///< tries in a row in which the daemon seemed to be at odds with itself about the device
-        bool isAdopted = false; ///< there was a link before the try
+        bool isAdopted = false; ///< there was a link before the try, of which nobody knows whose it is
+        bool isMadeByOthers = false; ///< somebody was making one at the try before
         MaybeError lastError = {};
         std::function<void()> stopped = {}; ///< what comes after `stopping`
     };
@@ -85,8 +87,10 @@ private:
     void settleLater(Attempt& attempt);
     void didFail(Attempt& attempt, const BluetoothError& error, ConnectFailure failure);
     bool forget(Attempt& attempt);
+    void waitForOthers(Attempt& attempt);
     void backOff(Attempt& attempt, Seconds delay);
     void stop(Attempt& attempt, std::function<void()> stopped);
+    void letOthersLater(Attempt& attempt);
     void letOthers(Attempt& attempt);
     void tryAgain(Attempt& attempt);
     void giveWay();

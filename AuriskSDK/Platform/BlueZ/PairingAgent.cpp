@@ -6,12 +6,6 @@
 
 namespace aurisk::bluez {
 
-namespace {
-
-constexpr auto managerPath = "/org/bluez";
-
-} // namespace
-
 std::shared_ptr<PairingAgent> PairingAgent::create(
     std::shared_ptr<BlueZObjects> objects, std::function<bool(const std::string&)> isOurs)
 {
@@ -53,13 +47,13 @@ void PairingAgent::settle()
     _isRegistered = _isNeeded;
     if (!_isNeeded)
         return _objects->call(
-            managerPath, interface::agentManager, "UnregisterAgent", { ObjectPath{ _path } }, daemonLimit, nullptr);
+            daemonPath, interface::agentManager, "UnregisterAgent", { ObjectPath{ _path } }, daemonLimit, nullptr);
 
     _objects->bus().serve(_path, [weak = weak_from_this()](const BusRequest& request) {
         if (const auto self = weak.lock())
             self->asked(request);
     });
-    _objects->call(managerPath, interface::agentManager, "RegisterAgent", { ObjectPath{ _path }, "NoInputNoOutput" },
+    _objects->call(daemonPath, interface::agentManager, "RegisterAgent", { ObjectPath{ _path }, "NoInputNoOutput" },
         daemonLimit, [](const BusReply& reply) {
             if (reply.error)
                 AuriskLog::log("nobody can agree to be paired with: " + reply.error->message);
