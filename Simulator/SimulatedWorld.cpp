@@ -150,12 +150,14 @@ nlohmann::json SimulatedWorld::toJson() const
 SimulatedWorld SimulatedWorld::load(const std::filesystem::path& path)
 {
     std::ifstream file(path);
-    if (!file)
-        failAt(path.string(), "cannot be read: " + std::generic_category().message(errno));
+    if (!file || std::filesystem::is_directory(path))
+        failAt(path.string(), "cannot be read: " + std::generic_category().message(file ? EISDIR : errno));
+    const std::string text(std::istreambuf_iterator<char>(file), {});
     try {
-        return fromJson(nlohmann::json::parse(file));
-    } catch (const nlohmann::json::exception& error) {
-        failAt(path.string(), std::string("is no JSON: ") + error.what());
+        return fromJson(nlohmann::json::parse(text));
+    } catch (const nlohmann::json::parse_error& error) {
+        const auto end = text.begin() + std::ptrdiff_t(std::min(error.byte, text.size()));
+        failAt(path.string(), fmt::format("is no JSON (line {})", 1 + std::count(text.begin(), end, '\n')));
     } catch (const SimulatedWorldError& error) {
         failAt(path.string(), error.what());
     }

@@ -265,7 +265,7 @@ TEST_F(AGattServer, IsThereAgainAfterTheDaemonEndedInWhicheverWay)
         ASSERT_TRUE(recorder->waitFor("subscribed AE02"));
         recorder->take();
         ASSERT_TRUE(perform({ "vmctl", end }));
-        ASSERT_TRUE(recorder->waitFor("stopped: the Bluetooth daemon is not running"));
+        ASSERT_TRUE(recorder->waitFor("stopped: bluetoothd is not running"));
         EXPECT_TRUE(recorder->has("disconnected " + central));
         EXPECT_TRUE(recorder->has("unsubscribed AE02"));
         recorder->take();

@@ -44,6 +44,7 @@ public:
     bool isConnected() const { return _isConnected; }
 
     void aidDidBecomeAudible(const tool::AidOnAir&) override { _isOnAir = true; }
+    void aidDidFallSilent(const tool::AidOnAir&) override { _isOnAir = false; }
     void aidCannotBeHeard(const tool::AidOnAir&, const std::string&) override { _isOnAir = false; }
     void aidDidConnect(const tool::AidOnAir&, const std::string&) override { _isConnected = true; }
     void aidDidDisconnect(const tool::AidOnAir&, const std::string&) override { _isConnected = false; }

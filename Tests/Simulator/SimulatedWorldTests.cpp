@@ -241,8 +241,9 @@ TEST_F(AWorldFile, SaysWhatIsWrongWithIt)
 {
     const auto loading = [&] { SimulatedWorld::load(path); };
     EXPECT_EQ(sentenceOf(loading), path.string() + ": cannot be read: No such file or directory");
-    write("{ \"aids\": ");
-    EXPECT_THAT(sentenceOf(loading), testing::StartsWith(path.string() + ": is no JSON: "));
+    write("{\n\"aids\": ");
+    EXPECT_EQ(sentenceOf(loading), path.string() + ": is no JSON (line 2)");
+    EXPECT_EQ(sentenceOf([&] { SimulatedWorld::load(folder); }), folder.string() + ": cannot be read: Is a directory");
     write("{ \"aids\": [7] }");
     EXPECT_EQ(sentenceOf(loading), path.string() + ": aids[0]: must be an object");
     const auto nowhere = folder / "none" / "world.json";

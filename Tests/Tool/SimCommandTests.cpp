@@ -38,7 +38,7 @@ TEST_F(SimCommand, ServesTheFirstHearingAidsAndOfTwoAPair)
         { "--adapter hci1", { "Solo-L" } },
         { "--adapter hci1 --adapter hci0", { "X1-L", "X1-R" } },
         { "--adapter hci1 --adapter hci0 --adapter hci2", { "Solo-L", "X1-R", "X1-L" } },
-        { "--aid X1-R", { "X1-R" } },
+        { "--aid x1-r", { "X1-R" } },
         { "--aid X1-R --aid Solo-L --adapter hci0 --adapter hci1", { "X1-R", "Solo-L" } },
     };
     const auto optionsOf = [](const std::string& words) {
@@ -54,7 +54,7 @@ TEST_F(SimCommand, ServesTheFirstHearingAidsAndOfTwoAPair)
             return error.what();
         }
     };
-    EXPECT_EQ(refusal("--aid X2-L"), "sim: the world has no hearing aid called \"X2-L\"");
+    EXPECT_EQ(refusal("--aid X2-L"), "sim: the world has no hearing aid called \"X2-L\" (Solo-L, X1-R, X1-L)");
     world.aids.pop_back();
     EXPECT_EQ(refusal("--adapter hci0 --adapter hci1"), "Solo-L") << "no pair: the first two";
     world.aids.pop_back();
@@ -70,13 +70,22 @@ TEST_F(SimCommand, SaysWhoCanBeHeardAndWhoIsConnected)
     air("X1-L").connects("A");
     air("X1-L").disconnects("A");
     air("X1-L").starts();
-    for (const auto* why : { "the Bluetooth daemon is not running", "there is no Bluetooth adapter hci1" })
-        air("X1-L").stops(why);
+    for (const auto* why : { "bluetoothd is not running", "there is no Bluetooth adapter hci1" })
+        for (int i = 0; i < 2; ++i)
+            air("X1-L").stops(why);
     air("X1-L").starts();
     EXPECT_THAT(sink.output,
         ElementsAre("X1-L is on the air as hci1 00:AA:01:01:00:01", "X1-L is connected to A",
-            "X1-L is disconnected from A", "X1-L is off the air: the Bluetooth daemon is not running",
-            "X1-L is on the air as hci1 00:AA:01:01:00:01"));
+            "X1-L is disconnected from A", "X1-L is off the air: bluetoothd is not running",
+            "X1-L is off the air: there is no Bluetooth adapter hci1", "X1-L is on the air as hci1 00:AA:01:01:00:01"));
+    sink.output.clear();
+    serving->take("x1-l power 0");
+    after(3);
+    EXPECT_THAT(sink.output, ElementsAre("X1-L is off the air: it does not advertise"));
+    serving->take("X1-L power 1");
+    after(3);
+    air("X1-L").starts();
+    EXPECT_EQ(sink.output.back(), "X1-L is on the air as hci1 00:AA:01:01:00:01");
     serving->interrupt();
     after(1);
     EXPECT_EQ(code, ExitCode::done);

@@ -71,9 +71,18 @@ void AidOnAir::watch()
         if (!self || self->_watch != watch || !self->_isListening)
             return;
         if (DispatchQueue::main().now() - self->_lastHeard >= patience)
-            self->_server->advertise(std::nullopt);
+            self->fallSilent();
         self->watch();
     });
+}
+
+void AidOnAir::fallSilent()
+{
+    _server->advertise(std::nullopt);
+    _isAudible = false;
+    const auto delegate = _delegate.lock();
+    if (!std::exchange(_isSilent, true) && delegate)
+        delegate->aidDidFallSilent(*this);
 }
 
 void AidOnAir::centralManagerDidDiscover(CBCentralManager&, const std::shared_ptr<CBPeripheral>& peripheral,
@@ -84,6 +93,7 @@ void AidOnAir::centralManagerDidDiscover(CBCentralManager&, const std::shared_pt
     _peripheral = peripheral;
     _peripheral->setDelegate(weak_from_this());
     _lastHeard = DispatchQueue::main().now();
+    _isSilent = false;
     _server->advertise(advertisement);
 }
 

@@ -20,6 +20,8 @@ class AidOnAirDelegate {
 public:
     virtual ~AidOnAirDelegate() = default;
     virtual void aidDidBecomeAudible(const AidOnAir& aid) = 0;
+    /// The aid itself does not advertise, though nobody is connected.
+    virtual void aidDidFallSilent(const AidOnAir& aid) = 0;
     /// It cannot be heard at present, or cannot yet; `why` is a sentence without a full stop.
     virtual void aidCannotBeHeard(const AidOnAir& aid, const std::string& why) = 0;
     virtual void aidDidConnect(const AidOnAir& aid, const std::string& central) = 0;
@@ -90,6 +92,7 @@ private:
 
     void listen();
     void watch();
+    void fallSilent();
     void connectLink();
     void linkIsReady();
     void linkDidEnd();
@@ -105,6 +108,7 @@ private:
     std::shared_ptr<CBCentralManager> _radio;
     std::shared_ptr<CBPeripheral> _peripheral; ///< none until it has been heard
     bool _isAudible = false; ///< as the delegate knows
+    bool _isSilent = false; ///< the same
     bool _isListening = false;
     int _watch = 0; ///< counts the watches, the last of which counts
     Seconds _lastHeard{ 0 };

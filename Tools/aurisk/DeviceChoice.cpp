@@ -5,7 +5,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cctype>
 
 namespace aurisk::tool {
 
@@ -15,12 +14,6 @@ using Candidates = std::vector<Candidate>;
 using Places = std::vector<std::size_t>;
 
 constexpr std::string_view leftSuffix = "-L", rightSuffix = "-R";
-
-bool isSameInEitherCase(std::string_view a, std::string_view b)
-{
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-        [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
-}
 
 bool isExactly(const Candidate& candidate, std::string_view wanted)
 {

@@ -105,7 +105,8 @@ void Session::waitFor(std::string purpose, Seconds limit)
             "{} did not answer within {:g} s when asked to {}", self.name(), limit.count(), self._purpose);
         if (self._phase != Phase::closing)
             return self.fail(sentence);
-        self._output.note(sentence);
+        if (self._code == ExitCode::done) // and of what has failed before enough has been said
+            self._output.note(sentence);
         self.end();
     });
     _purpose = std::move(purpose);

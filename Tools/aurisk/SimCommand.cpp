@@ -30,15 +30,19 @@ std::optional<Names> firstPair(const Names& names)
 
 Names servedAids(const Options& options, const SimulatedWorld& world)
 {
-    for (const auto& name : options.aids)
-        if (!world.aid(name))
-            throw UsageError(fmt::format("sim: the world has no hearing aid called {}", inQuotes(name)));
-    if (!options.aids.empty())
-        return options.aids;
-
     Names all;
     for (const auto& placed : world.aids)
         all.push_back(placed.aid->name());
+    Names chosen;
+    for (const auto& name : options.aids) {
+        const auto known = findName(all, name);
+        if (known == all.end())
+            throw UsageError(
+                fmt::format("sim: the world has no hearing aid called {} ({})", inQuotes(name), fmt::join(all, ", ")));
+        chosen.push_back(*known);
+    }
+    if (!chosen.empty())
+        return chosen;
     const auto count = std::max<std::size_t>(options.adapters.size(), 1);
     if (all.size() < count)
         throw UsageError(fmt::format("sim: the world has {} hearing aid(s) for {} adapter(s)", all.size(), count));
@@ -61,6 +65,8 @@ std::shared_ptr<Serving> Serving::start(
         throw UsageError("sim: the radio of the world is not powered on");
     auto serving = std::make_shared<Serving>(Key{}, std::move(servers), output, std::move(ended));
     serving->_names = servedAids(options, world);
+    if (options.world.empty()) // whoever plays the wearer is at the keyboard
+        world.script.clear();
     for (const auto& name : serving->_names) {
         auto& placed = world.placed(name);
         serving->_links.insert({ name, { placed.mtu, placed.faults } });
@@ -93,7 +99,7 @@ try {
         _output.document(std::string(WearerLine::help()), { { "help", WearerLine::help() } });
     deed->apply(*_simulator, _names);
 } catch (const UsageError& error) {
-    _output.note(error.what());
+    _output.failure({ .code = ExitCode::usage, .sentence = error.what() });
 }
 
 SimulatedWorld Serving::world() const
@@ -108,20 +114,24 @@ SimulatedWorld Serving::world() const
 
 void Serving::aidDidBecomeAudible(const AidOnAir& aid)
 {
-    _isAudible[aid.name()] = true;
+    _told[aid.name()] = { .hasBeenHeard = true };
     tell(aid, "onAir", fmt::format("{} is on the air as {} {}", aid.name(), aid.adapter(), aid.address()),
         { { "adapter", aid.adapter() }, { "address", aid.address() } });
+}
+
+void Serving::aidDidFallSilent(const AidOnAir& aid) { tellOffAir(aid, "it does not advertise"); }
+
+void Serving::tellOffAir(const AidOnAir& aid, const std::string& why)
+{
+    if (std::exchange(_told[aid.name()].whyNot, why) != why)
+        tell(aid, "offAir", fmt::format("{} is off the air: {}", aid.name(), why), { { "why", why } });
 }
 
 /// One that has been on the air waits until it can be there again.
 void Serving::aidCannotBeHeard(const AidOnAir& aid, const std::string& why)
 {
-    const auto known = _isAudible.find(aid.name());
-    if (known != _isAudible.end()) {
-        if (std::exchange(known->second, false))
-            tell(aid, "offAir", fmt::format("{} is off the air: {}", aid.name(), why), { { "why", why } });
-        return;
-    }
+    if (_told[aid.name()].hasBeenHeard)
+        return tellOffAir(aid, why);
     if (!_ended)
         return;
     _output.failure({ .code = ExitCode::bluetoothUnavailable, .sentence = why, .name = aid.name() });

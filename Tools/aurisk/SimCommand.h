@@ -43,11 +43,13 @@ public:
     SimulatedWorld world() const;
 
     void aidDidBecomeAudible(const AidOnAir& aid) override;
+    void aidDidFallSilent(const AidOnAir& aid) override;
     void aidCannotBeHeard(const AidOnAir& aid, const std::string& why) override;
     void aidDidConnect(const AidOnAir& aid, const std::string& central) override;
     void aidDidDisconnect(const AidOnAir& aid, const std::string& central) override;
 
 private:
+    void tellOffAir(const AidOnAir& aid, const std::string& why);
     void tell(const AidOnAir& aid, const std::string& event, const std::string& words, const Json& more);
     void finish(ExitCode code);
 
@@ -62,7 +64,11 @@ private:
     };
     std::map<std::string, Link> _links; ///< as the world has them; the air has its own MTU and takes its own time
     std::vector<std::shared_ptr<AidOnAir>> _aids;
-    std::map<std::string, bool> _isAudible; ///< those that have been on the air, by name
+    struct Told {
+        bool hasBeenHeard = false;
+        std::string whyNot = {}; ///< empty while it can be heard
+    };
+    std::map<std::string, Told> _told; ///< of each aid, by name
 };
 
 } // namespace aurisk::tool

@@ -5,6 +5,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cmath>
 
@@ -135,6 +137,20 @@ void expectFrame(const Data& given)
 }
 
 std::string inQuotes(std::string_view text) { return '"' + printable(text) + '"'; }
+
+bool isSameInEitherCase(std::string_view a, std::string_view b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+        [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
+}
+
+std::vector<std::string>::const_iterator findName(const std::vector<std::string>& names, std::string_view wanted)
+{
+    if (const auto exact = std::find(names.begin(), names.end(), wanted); exact != names.end())
+        return exact;
+    return std::find_if(
+        names.begin(), names.end(), [&](const std::string& name) { return isSameInEitherCase(name, wanted); });
+}
 
 std::string printable(std::string_view text)
 {

@@ -58,6 +58,11 @@ void expectFrame(const Data& given);
 /// A text as a message shows it: in quotes, without anything that a terminal would obey.
 std::string inQuotes(std::string_view text);
 
+bool isSameInEitherCase(std::string_view a, std::string_view b);
+
+/// Where `wanted` stands among `names`: exactly so, or else in either case.
+std::vector<std::string>::const_iterator findName(const std::vector<std::string>& names, std::string_view wanted);
+
 /// `text` with a question mark for each control character.
 std::string printable(std::string_view text);
 

@@ -167,11 +167,11 @@ Without NAME it is about every hearing aid that is served.)";
 
 void WearerLine::apply(Simulator& simulator, const Names& served) const
 {
-    const bool isKnown = name.empty() || std::find(served.begin(), served.end(), name) != served.end();
-    if (!isKnown)
+    const auto known = findName(served, name);
+    if (!name.empty() && known == served.end())
         throw UsageError(
             fmt::format("no hearing aid called {} is served ({})", inQuotes(name), fmt::join(served, ", ")));
-    const auto targets = name.empty() ? served : Names{ name };
+    const auto targets = name.empty() ? served : Names{ *known };
     for (const auto& target : targets)
         if (const auto problem = problemOf(deed, *simulator.aid(target)))
             throw UsageError(*problem);

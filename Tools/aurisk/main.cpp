@@ -112,6 +112,7 @@ ExitCode runSim(const Options& options, Descriptors& descriptors, Output& output
     WorldFile file(options.world, options.newWorld);
 #ifdef AURISK_BLUEZ
     std::signal(SIGTTIN, SIG_IGN); // in the background it reads nothing, instead of being stopped
+    std::signal(SIGTSTP, SIG_IGN); // daemons do not bear hearing aids that do not answer
     std::shared_ptr<Serving> serving;
     std::shared_ptr<InputLines> typed;
     const auto code = runUntilEnded(descriptors, [&](Ended ended) {

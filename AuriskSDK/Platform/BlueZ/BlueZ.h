@@ -18,8 +18,8 @@ struct PlatformOptions {
 /// A Bluetooth platform that can say what is the matter.
 class Platform : public BluetoothPlatform {
 public:
-    /// Why the radio cannot be used, as a sentence without a full stop that says what to do about it; empty while it
-    /// can, or while nobody knows yet.
+    /// Why the radio cannot be used, as a sentence without a full stop that says what is missing; empty while it can,
+    /// or while nobody knows yet.
     virtual std::string whyNot() const = 0;
 };
 

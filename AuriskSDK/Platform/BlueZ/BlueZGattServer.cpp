@@ -147,10 +147,8 @@ bool BlueZGattServer::isDaemonStarting() const
 /// Why it cannot serve whatever it does; none where it can.
 std::optional<std::string> BlueZGattServer::obstacle()
 {
-    if (_objects->daemon() == DaemonState::denied)
-        return "the system bus does not let this user speak to the Bluetooth daemon";
     if (_objects->daemon() != DaemonState::present)
-        return "the Bluetooth daemon is not running";
+        return _objects->whyNot();
     const auto adapters = _objects->below(daemonPath, interface::adapter);
     if (_adapter.empty() && !adapters.empty())
         _adapter = adapters.front();

@@ -14,6 +14,10 @@ constexpr auto busPath = "/org/freedesktop/DBus";
 
 constexpr Seconds reloadInterval{ 5 }, longestUntilReopened{ 60 };
 
+constexpr auto denial = "the system bus does not let this user speak to the Bluetooth daemon";
+
+bool isDenial(const BusError& error) { return error.name == "org.freedesktop.DBus.Error.AccessDenied"; }
+
 /// Whether it is one of those that every object has, and that say nothing.
 bool isCommon(std::string_view interface) { return interface.starts_with("org.freedesktop.DBus."); }
 
@@ -60,7 +64,10 @@ void BlueZObjects::busIsLost(const BusError& error)
 {
     AuriskLog::log("the system bus cannot be reached: " + error.message);
     ++_life;
-    become(error.name == "org.freedesktop.DBus.Error.AccessDenied" ? DaemonState::denied : DaemonState::absent);
+    if (isDenial(error))
+        become(DaemonState::denied, denial);
+    else
+        become(DaemonState::absent, "the system bus cannot be reached (" + error.message + ")");
     DispatchQueue::main().asyncAfter(_untilReopened, [weak = weak_from_this()] {
         if (const auto self = weak.lock())
             self->openBus();
@@ -97,7 +104,7 @@ void BlueZObjects::ownerIs(const std::string& owner)
 {
     ++_life;
     if (_daemon != DaemonState::unknown || owner.empty())
-        become(DaemonState::absent);
+        become(DaemonState::absent, "bluetoothd is not running");
     if (!owner.empty())
         load();
 }
@@ -115,10 +122,12 @@ void BlueZObjects::load()
                     self->add(path, interfaces);
                 return self->become(DaemonState::present);
             }
-            const bool isDenied = reply.error && reply.error->name == "org.freedesktop.DBus.Error.AccessDenied";
             AuriskLog::log("the Bluetooth daemon does not tell its objects"
                 + (reply.error ? ": " + reply.error->message : std::string()));
-            self->become(isDenied ? DaemonState::denied : DaemonState::absent);
+            if (reply.error && isDenial(*reply.error))
+                self->become(DaemonState::denied, denial);
+            else
+                self->become(DaemonState::absent, "bluetoothd does not tell what it has");
             DispatchQueue::main().asyncAfter(reloadInterval, [weak, life] {
                 if (const auto later = weak.lock(); later && later->_life == life)
                     later->load();
@@ -126,8 +135,9 @@ void BlueZObjects::load()
         });
 }
 
-void BlueZObjects::become(DaemonState daemon)
+void BlueZObjects::become(DaemonState daemon, std::string whyNot)
 {
+    _whyNot = std::move(whyNot);
     if (daemon != DaemonState::present)
         _objects.clear();
     if (std::exchange(_daemon, daemon) != daemon)

@@ -74,6 +74,11 @@ public:
     void add(std::weak_ptr<Listener> listener) { _listeners.push_back(std::move(listener)); }
 
     DaemonState daemon() const { return _daemon; }
+
+    /// Why nothing can be asked of the daemon, as a sentence without a full stop; empty while something can, or while
+    /// nobody knows.
+    const std::string& whyNot() const { return _whyNot; }
+
     const BusObjects& all() const { return _objects; }
 
     /// Null where the object, or that interface of it, is not there. Good until the next turn of the queue.
@@ -115,7 +120,7 @@ private:
     void hear(const BusSignal& signal);
     void ownerIs(const std::string& owner);
     void load();
-    void become(DaemonState daemon);
+    void become(DaemonState daemon, std::string whyNot = {});
     void add(const std::string& path, const BusInterfaces& interfaces);
     void change(const std::string& path, const std::string& interface, const BusDictionary& changed,
         const std::vector<std::string>& invalidated);
@@ -132,6 +137,7 @@ private:
     std::shared_ptr<SystemBus> _bus;
     std::vector<std::weak_ptr<Listener>> _listeners;
     DaemonState _daemon = DaemonState::unknown;
+    std::string _whyNot;
     BusObjects _objects;
     int _life = 0; ///< counts the daemon's lives: an answer belongs to one
     Seconds _untilReopened{ 1 };

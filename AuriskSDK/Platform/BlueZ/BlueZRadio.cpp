@@ -158,12 +158,8 @@ BluetoothError BlueZRadio::whyLost() const
 
 std::string BlueZRadio::whyNot() const
 {
-    switch (_objects->daemon()) {
-    case DaemonState::unknown: return "";
-    case DaemonState::denied: return "the system bus denies access to the Bluetooth daemon";
-    case DaemonState::absent: return "bluetoothd is not running";
-    case DaemonState::present: break;
-    }
+    if (_objects->daemon() != DaemonState::present)
+        return _objects->whyNot();
     if (!findAdapter().empty())
         return _state == CBManagerState::poweredOff ? nameOf(_adapter) + " is powered off" : "";
     std::string others;
