@@ -17,10 +17,6 @@ namespace {
 using State = CBPeripheralState;
 using Properties = CBCharacteristicProperties;
 
-/// The daemon gives up a transaction of the attribute protocol after 30 s (Core Specification, Vol 3 Part F 3.3.3), and
-/// the link with it.
-constexpr Seconds operationLimit{ 35 };
-
 /// How long operations that were asked for before the end of a connection may take.
 constexpr Seconds drainLimit{ 1 };
 
@@ -73,29 +69,6 @@ std::optional<std::string> BlueZPeripheral::name() const
 }
 
 std::string BlueZPeripheral::label() const { return name().value_or(_identifier.uuidString()); }
-
-template <typename Step> auto BlueZPeripheral::inThisConnection(Step work)
-{
-    return [weak = weak_from_this(), connection = _connection, work](const auto&... arguments) mutable {
-        if (const auto self = weak.lock(); self && self->_connection == connection)
-            work(*self, arguments...);
-    };
-}
-
-template <typename... Declared, typename... Given>
-void BlueZPeripheral::tell(void (Delegate::*event)(CBPeripheral&, Declared...), const Given&... given)
-{
-    const auto delegate = _delegate.lock();
-    if (delegate && _state == State::connected)
-        (delegate.get()->*event)(*this, given...);
-}
-
-template <typename... Declared, typename... Given>
-void BlueZPeripheral::tellSoon(void (Delegate::*event)(CBPeripheral&, Declared...), const Given&... given)
-{
-    DispatchQueue::main().async(
-        inThisConnection([event, given...](BlueZPeripheral& self) { self.tell(event, given...); }));
-}
 
 // Connections
 
@@ -231,52 +204,6 @@ void BlueZPeripheral::forgetConnection()
     enter(State::disconnected);
 }
 
-// Operations: the daemon does one at a time for a characteristic, and the attribute protocol one for a link
-
-void BlueZPeripheral::enqueue(std::function<void(BlueZPeripheral&)> operation)
-{
-    _operations.push_back(std::move(operation));
-    beginNext();
-}
-
-void BlueZPeripheral::beginNext()
-{
-    if (_isOperating)
-        return;
-    if (_operations.empty())
-        return disconnect();
-    const auto operation = std::move(_operations.front());
-    _operations.pop_front();
-    _isOperating = true;
-    operation(*this);
-}
-
-void BlueZPeripheral::operationDidEnd()
-{
-    _isOperating = false;
-    beginNext();
-}
-
-void BlueZPeripheral::callCharacteristic(const Characteristic& characteristic, const char* member, BusValues arguments,
-    std::function<void(BlueZPeripheral&, const BusReply&)> answered)
-{
-    objects().call(characteristic->path, interface::characteristic, member, std::move(arguments), operationLimit,
-        inThisConnection([answered = std::move(answered)](BlueZPeripheral& self, const BusReply& reply) {
-            const auto connection = self._connection;
-            answered(self, reply);
-            if (self._connection == connection)
-                self.operationDidEnd();
-        }));
-}
-
-MaybeError BlueZPeripheral::errorOf(
-    const char* what, const CBCharacteristic& characteristic, const BusReply& reply) const
-{
-    if (!reply.error)
-        return std::nullopt;
-    return bluezError(fmt::format("{} {} of {}", what, characteristic.uuid().uuidString(), label()), *reply.error);
-}
-
 // Services and characteristics
 
 void BlueZPeripheral::discoverServices()
@@ -387,156 +314,6 @@ MaybeError BlueZPeripheral::problemOf(Properties needed, const CBCharacteristic&
         return std::nullopt;
     return bluezError(ErrorCode::notPermitted,
         fmt::format("Characteristic {} of {} does not permit that.", characteristic.uuid().uuidString(), label()));
-}
-
-// Values
-
-void BlueZPeripheral::setNotifyValue(bool enabled, const std::shared_ptr<CBCharacteristic>& characteristic)
-{
-    const auto one = mine(characteristic);
-    if (!one)
-        return;
-    const auto event = &Delegate::peripheralDidUpdateNotificationStateFor;
-    if (const auto problem = problemOf(Properties::notify | Properties::indicate, *one))
-        return tellSoon(event, characteristic, problem);
-    if (one->path.empty()) {
-        one->isSubscribed = enabled;
-        return tellSoon(event, characteristic, MaybeError());
-    }
-    enqueue([=](BlueZPeripheral& self) {
-        one->isSubscribed = enabled; // now, so that the first value does not come too early
-        self.callCharacteristic(
-            one, enabled ? "StartNotify" : "StopNotify", {}, [=](BlueZPeripheral& me, const BusReply& reply) {
-                const auto error = me.errorOf("subscribing to", *one, reply);
-                if (error)
-                    one->isSubscribed = false;
-                me.tell(event, characteristic, error);
-            });
-    });
-}
-
-void BlueZPeripheral::readValue(const std::shared_ptr<CBCharacteristic>& characteristic)
-{
-    const auto one = mine(characteristic);
-    if (!one)
-        return;
-    if (const auto problem = problemOf(Properties::read, *one))
-        return tellSoon(&Delegate::peripheralDidUpdateValueFor, characteristic, problem);
-    if (one->path.empty())
-        return DispatchQueue::main().async(inThisConnection([one](BlueZPeripheral& self) {
-            if (auto level = self.batteryLevel())
-                self.take(one, std::move(*level));
-        }));
-    enqueue([one](BlueZPeripheral& self) {
-        self._reading = one;
-        self.callCharacteristic(one, "ReadValue", { BusDictionary{} },
-            [one](BlueZPeripheral& me, const BusReply& reply) { me.didRead(one, reply); });
-    });
-}
-
-/// The daemon tells what has been read as a changed value, too, before it answers: the last one that equals the answer
-/// is no notification.
-void BlueZPeripheral::didRead(const Characteristic& characteristic, const BusReply& reply)
-{
-    _reading = nullptr;
-    auto heard = std::exchange(_heardWhileReading, {});
-    const auto* answer = find<Data>(reply.values, 0);
-    if (answer)
-        if (const auto echo = std::find(heard.rbegin(), heard.rend(), *answer); echo != heard.rend())
-            heard.erase(std::next(echo).base());
-    for (auto& value : heard)
-        if (characteristic->isSubscribed)
-            take(characteristic, std::move(value));
-    if (answer)
-        return take(characteristic, *answer);
-    const auto error = reply.error ? errorOf("reading", *characteristic, reply)
-                                   : MaybeError(bluezError(ErrorCode::failed, "The daemon answered with no value."));
-    tell(&Delegate::peripheralDidUpdateValueFor, std::shared_ptr<CBCharacteristic>(characteristic), error);
-}
-
-void BlueZPeripheral::take(const Characteristic& characteristic, Data value)
-{
-    if (_state != State::connected)
-        return;
-    characteristic->setValue(std::move(value));
-    tell(&Delegate::peripheralDidUpdateValueFor, std::shared_ptr<CBCharacteristic>(characteristic), MaybeError());
-}
-
-void BlueZPeripheral::valueDidChange(const std::string& path, const Data& value)
-{
-    if (_state != State::connected)
-        return;
-    if (_reading && _reading->path == path)
-        return _heardWhileReading.push_back(value);
-    for (const auto& service : _services)
-        for (const auto& one : service->characteristics()) {
-            const auto characteristic = std::static_pointer_cast<BlueZCharacteristic>(one);
-            if (characteristic->path != path)
-                continue;
-            if (characteristic->isSubscribed)
-                take(characteristic, value);
-            return;
-        }
-}
-
-std::optional<Data> BlueZPeripheral::batteryLevel() const
-{
-    const auto* percent = objects().property<std::uint8_t>(_path, interface::battery, "Percentage");
-    return percent ? std::optional(Data{ *percent }) : std::nullopt;
-}
-
-/// Where the daemon keeps the battery service for itself it tells the level alone.
-void BlueZPeripheral::batteryDidChange()
-{
-    const auto level = batteryLevel();
-    if (level)
-        valueDidChange("", *level);
-}
-
-void BlueZPeripheral::writeValue(
-    DataView value, const std::shared_ptr<CBCharacteristic>& characteristic, CBCharacteristicWriteType type)
-{
-    const auto one = mine(characteristic);
-    if (!one)
-        return;
-    const bool isAnswered = type == CBCharacteristicWriteType::withResponse;
-    auto problem = problemOf(isAnswered ? Properties::write : Properties::writeWithoutResponse, *one);
-    if (const auto most = maximumWriteValueLength(type); value.size() > most)
-        problem = bluezError(ErrorCode::tooLong,
-            fmt::format("A write of {} bytes is longer than the {} that the connection to {} carries.", value.size(),
-                most, label()));
-    const auto told = [characteristic, isAnswered](BlueZPeripheral& self, const MaybeError& error) {
-        if (isAnswered)
-            self.tell(&Delegate::peripheralDidWriteValueFor, characteristic, error);
-        else if (error)
-            AuriskLog::log(error->localizedDescription);
-    };
-    if (problem) // which is told in its turn
-        return enqueue([told, problem](BlueZPeripheral& self) {
-            DispatchQueue::main().async(self.inThisConnection([told, problem](BlueZPeripheral& me) {
-                const auto connection = me._connection;
-                told(me, problem);
-                if (me._connection == connection)
-                    me.operationDidEnd();
-            }));
-        });
-
-    const BusDictionary options{ { "type", isAnswered ? "request" : "command" } };
-    enqueue([one, told, options, bytes = Data(value.begin(), value.end())](BlueZPeripheral& self) {
-        self.callCharacteristic(one, "WriteValue", { bytes, options },
-            [one, told](auto& me, const BusReply& reply) { told(me, me.errorOf("writing to", *one, reply)); });
-    });
-}
-
-/// An attribute write takes three bytes of the ATT MTU, and no attribute is longer than 512 (Core Specification, Vol 3
-/// Part F 3.4.5 and 3.2.9). Daemons that do not tell the MTU get what every connection can carry.
-std::size_t BlueZPeripheral::maximumWriteValueLength(CBCharacteristicWriteType) const
-{
-    constexpr int header = 3, shortest = 20, longest = 512;
-    for (const auto& path : objects().below(_path, interface::characteristic))
-        if (const auto* mtu = objects().property<std::uint16_t>(path, interface::characteristic, "MTU"))
-            return std::size_t(std::clamp(*mtu - header, shortest, longest));
-    return shortest;
 }
 
 } // namespace aurisk::bluez

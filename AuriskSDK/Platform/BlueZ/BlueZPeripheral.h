@@ -84,13 +84,28 @@ private:
     using Delegate = CBPeripheralDelegate;
 
     /// `work` with this peripheral in front of its arguments, while this connection lasts.
-    template <typename Step> auto inThisConnection(Step work);
+    template <typename Step> auto inThisConnection(Step work)
+    {
+        return [weak = weak_from_this(), connection = _connection, work](const auto&... arguments) mutable {
+            if (const auto self = weak.lock(); self && self->_connection == connection)
+                work(*self, arguments...);
+        };
+    }
 
     /// Nothing is told of a connection that the host has given up.
     template <typename... Declared, typename... Given>
-    void tell(void (Delegate::*event)(CBPeripheral&, Declared...), const Given&... given);
+    void tell(void (Delegate::*event)(CBPeripheral&, Declared...), const Given&... given)
+    {
+        const auto delegate = _delegate.lock();
+        if (delegate && _state == CBPeripheralState::connected)
+            (delegate.get()->*event)(*this, given...);
+    }
     template <typename... Declared, typename... Given>
-    void tellSoon(void (Delegate::*event)(CBPeripheral&, Declared...), const Given&... given);
+    void tellSoon(void (Delegate::*event)(CBPeripheral&, Declared...), const Given&... given)
+    {
+        DispatchQueue::main().async(
+            inThisConnection([event, given...](BlueZPeripheral& self) { self.tell(event, given...); }));
+    }
 
     void enqueue(std::function<void(BlueZPeripheral&)> operation);
     void beginNext();
