@@ -3,7 +3,6 @@
 #include "AuriskSDK/Shared/Utils/PreconditionPolicy.h"
 #include "Tests/Support/AuriskScenario.h"
 #include "Tests/Support/PL3Cache.h"
-#include "Tests/Support/StubPeripheral.h"
 
 namespace aurisk::tests {
 namespace {
@@ -186,32 +185,6 @@ TEST_F(PL3, CompletesItsRequestsWhateverTheApplicationDoesInsideACallback)
             EXPECT_EQ(completed, does == Does::asksOn ? 4 : 3) << which;
             app->onLine = {};
         }
-}
-
-TEST_F(PL3, WhoseAdvertisementIsTooShortIsDroppedAndTheScanGoesOn)
-{
-    const auto contained = std::make_shared<StubPeripheral>(std::uint8_t(1), "P3-R");
-    auto platform = std::make_shared<WatchedPlatform>(simulator->platform());
-    manager = AccessoryManager::create(platform);
-    manager->setScanningDelegate(app);
-    setPreconditionPolicy(PreconditionPolicy::contain);
-    manager->startScan(1s);
-    const auto advertise = [&](Data data) {
-        manager->centralManagerDidDiscover(
-            *platform->central.lock(), contained, { .manufacturerData = std::move(data) }, -60);
-    };
-    advertise({ 0xC6, 0x03, 0x03, 0x01, 0x00, 0x02 });
-    EXPECT_TRUE(manager->accessories().empty());
-    advertise({ 0xC6, 0x03, 0x03, 0x01, 0x00, 0x02, 0x00 });
-    ASSERT_EQ(manager->accessories().size(), 1U);
-    const auto found = std::dynamic_pointer_cast<PL3Accessory>(manager->accessories().front());
-    advertise({ 0xC6, 0x03, 0x02, 0x09 });
-    EXPECT_EQ(found->orientation(), AccessoryOrientation::right);
-    EXPECT_EQ(found->manufacturerId(), 1);
-    EXPECT_EQ(found->mfgData().size(), 7U);
-    after(1s);
-    EXPECT_EQ(manager->accessories().size(), 2U);
-    setPreconditionPolicy(PreconditionPolicy::stop);
 }
 
 // One fault at every message of a story.
