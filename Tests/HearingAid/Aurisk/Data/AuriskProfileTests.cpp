@@ -8,8 +8,6 @@ namespace aurisk::tests {
 namespace {
 
 using nlohmann::json;
-using testing::Each;
-using testing::ElementsAre;
 using Type = AuriskProfileType;
 
 AuriskModeConfig modes(std::initializer_list<std::uint8_t> values)
@@ -68,15 +66,6 @@ AuriskProfileReservedField everyField()
     field.modeConfig = modes({ 1, 2, 3, 0x0F, 1, 2, 4 });
     field.ageConfig = { .age = 30, .sex = 1 };
     return field;
-}
-
-TEST(AuriskProfileReservedField, HasAPlaceForEachBit)
-{
-    for (std::size_t bit = 0; bit < 160; ++bit) {
-        Data bytes(20);
-        bytes[bit / 8] = static_cast<std::uint8_t>(1U << bit % 8);
-        EXPECT_EQ(AuriskProfileReservedField(bytes).toData(), bytes) << bit;
-    }
 }
 
 TEST(AuriskProfile, KeepsEachTextInItsOwnField)
