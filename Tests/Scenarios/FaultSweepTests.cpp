@@ -214,7 +214,7 @@ TEST(FaultSweep, TheStoriesWithoutAFaultKnowEverything)
     EXPECT_THAT(fitter.known().blocks, testing::SizeIs(3));
     EXPECT_EQ(fitter.known().blocks[2], AuriskA4Dsp().toBytes());
     EXPECT_TRUE(fitter.known().global);
-    EXPECT_EQ(fitter.known().profile.skuCode, "X1-A16");
+    EXPECT_EQ(fitter.known().profile.skuCode, "X1-A4");
     EXPECT_TRUE(fitter.known().profile.reservedField);
     EXPECT_EQ(fitter.known().profile.seriesCode, "S2");
 

@@ -122,7 +122,8 @@ TEST_F(RequestDeathTest, StopsTheProcessWithOneLineForBytesThatCannotBe)
     givenAConnectedAid();
     EXPECT_DEATH(aidSends({ 0xFE, 0x68, 0x9F, 0x03, 0x00, 0x07, 0x09, 0x1A, 0x16 }),
         "^AuriskSDK: broken precondition: program 0 in a notification of 2 volumes\n$");
-    EXPECT_DEATH(aidSends({ 0xFE, 0x68, 0x91, 0xFA, 0x01, 0x16 }), "^AuriskSDK: broken precondition: [^\n]*size byte 250[^\n]*\n$");
+    EXPECT_DEATH(aidSends({ 0xFE, 0x68, 0x91, 0xFA, 0x01, 0x16 }),
+        "^AuriskSDK: broken precondition: [^\n]*size byte 250[^\n]*\n$");
 }
 
 TEST_F(RequestDeathTest, StopsTheProcessForAnApplicationsMistakeUnderEitherPolicy)

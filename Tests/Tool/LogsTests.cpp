@@ -8,7 +8,6 @@ namespace {
 
 using testing::Contains;
 using testing::Each;
-using testing::EndsWith;
 using testing::SizeIs;
 using Kind = Fault::Kind;
 
