@@ -6,7 +6,6 @@
 namespace aurisk::tests {
 namespace {
 
-using testing::AnyOf;
 using testing::IsSupersetOf;
 using testing::MatchesRegex;
 using Kind = Fault::Kind;
@@ -190,29 +189,22 @@ TEST_F(ToolUpdate, AnAidThatDoesNotComeBackIsSaid)
 TEST_F(ToolUpdate, WhateverGoesWrongOnTheLinkTheUpdateEndsAndIsSaidToBeDoneOnlyWhereItIs)
 {
     write("version 2.4.0\n", 600);
-    int first = simulator->radio().messageCount("X1-L");
-    ASSERT_EQ(aurisk(update("X1-L")), ExitCode::done);
-    const int messages = simulator->radio().messageCount("X1-L") - first;
-    ASSERT_GT(messages, 30);
     std::set<std::string> sentences;
-    for (const auto kind : { Kind::dropLinkBefore, Kind::dropLinkAfter, Kind::lose, Kind::duplicate, Kind::delay,
-             Kind::corrupt, Kind::refuse })
-        for (int n = 1; n <= messages; ++n) {
-            const auto what = "fault " + std::to_string(int(kind)) + " at message " + std::to_string(n);
+    withEachFault(
+        "X1-L", update("X1-L") + " --json",
+        { Kind::dropLinkBefore, Kind::dropLinkAfter, Kind::lose, Kind::duplicate, Kind::delay, Kind::corrupt,
+            Kind::refuse },
+        [&] {
+            after(5); // whatever it was, the aid is back
             setFirmware("X1-L", {});
-            first = simulator->radio().messageCount("X1-L");
-            faults("X1-L").faults = { { .kind = kind, .message = first + n, .by = Seconds(1) } };
-            const auto ended = aurisk(update("X1-L") + " --json");
-            EXPECT_THAT(ended, AnyOf(ExitCode::done, ExitCode::failed)) << what;
-            EXPECT_EQ(ended == ExitCode::failed, !sink.errors.empty()) << what;
+        },
+        [&](ExitCode ended) {
+            EXPECT_NE(ended, ExitCode::usage);
             objects();
-            if (ended == ExitCode::done) {
-                EXPECT_EQ(aid("X1-L").firmwareImage(), image) << what;
-            }
+            EXPECT_TRUE(ended != ExitCode::done || aid("X1-L").firmwareImage() == image);
             for (const auto& error : sink.errors)
                 sentences.insert(error.substr(0, error.find(';')));
-            after(5); // whatever it was, the aid is back
-        }
+        });
     EXPECT_THAT(sentences,
         IsSupersetOf({ std::string("aurisk: X1-L did not agree to answer an update (AE3C)"),
             std::string("aurisk: the link to X1-L was lost after 0 % of the image"),

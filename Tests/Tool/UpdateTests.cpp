@@ -1,3 +1,4 @@
+#include "Tests/Support/Refusal.h"
 #include "Tests/Tool/ToolUpdate.h"
 
 namespace aurisk::tests {
@@ -101,14 +102,7 @@ TEST_F(ToolUpdate, AFileThatCannotBeSentIsRefusedBeforeARadioIsAsked)
     std::filesystem::resize_file(path, 42949673); // of which no block is on the disk
     refused(path, path + " has 42949673 bytes, and a firmware image has 42949672 at most");
 
-    const auto wrong = [](const Lines& words) -> std::string {
-        try {
-            tool::parseArguments(words);
-        } catch (const std::exception& error) {
-            return error.what();
-        }
-        return {};
-    };
+    const auto wrong = [](const Lines& words) { return refusalOf([&] { tool::parseArguments(words); }); };
     EXPECT_EQ(wrong({ "update", "X1-L", path, "--type", "3" }), "--type: 3 is outside 0 to 2");
     EXPECT_EQ(wrong({ "update", "X1-L", path, "--type", "one" }), "--type: \"one\" is no whole number");
     EXPECT_EQ(wrong({ "update" }), "update: the file with the firmware is missing");

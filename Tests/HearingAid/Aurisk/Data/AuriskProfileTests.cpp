@@ -1,5 +1,6 @@
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskProfile.h"
 #include "Tests/Support/Bytes.h"
+#include "Tests/Support/Refusal.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -174,12 +175,7 @@ TEST(AuriskProfile, NamesTheKeyOfAValueThatCannotBe)
             "repository.deep: nested deeper than 100 levels" },
     };
     for (const auto& [text, fault] : cases)
-        try {
-            AuriskProfile::fromJson(json::parse(text));
-            ADD_FAILURE() << text;
-        } catch (const JsonError& error) {
-            EXPECT_EQ(error.what(), fault);
-        }
+        EXPECT_EQ(refusalOf([&, given = json::parse(text)] { AuriskProfile::fromJson(given); }), fault);
 }
 
 } // namespace
