@@ -7,8 +7,10 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 /// What AuriskSDK/Platform/Bluetooth.h promises, for any implementation. A test program compiles the sources of this
 /// folder, and one of its own that instantiates the suite:
@@ -94,10 +96,10 @@ protected:
 
     // Calls. Nothing is heard inside any of them.
 
-    template <typename Call> void quietly(Call call)
+    template <typename... Call> void quietly(Call&&... call)
     {
         const auto before = recorder->heard;
-        call();
+        std::invoke(std::forward<Call>(call)...);
         EXPECT_EQ(recorder->heard, before) << "a callback came inside the call";
     }
     std::shared_ptr<CBCentralManager> makeCentral()
@@ -106,41 +108,23 @@ protected:
         quietly([&] { made = radio->platform()->makeCentralManager(recorder, {}); });
         return made;
     }
-    void scan(CBScanOptions options = {})
-    {
-        quietly([&] { central->scanForPeripherals(options); });
-    }
-    void stopScan()
-    {
-        quietly([&] { central->stopScan(); });
-    }
-    void connect()
-    {
-        quietly([&] { central->connectPeripheral(aid); });
-    }
-    void cancel()
-    {
-        quietly([&] { central->cancelPeripheralConnection(aid); });
-    }
-    void discoverServices()
-    {
-        quietly([&] { aid->discoverServices(); });
-    }
+    void scan(CBScanOptions options = {}) { quietly(&CBCentralManager::scanForPeripherals, *central, options); }
+    void stopScan() { quietly(&CBCentralManager::stopScan, *central); }
+    void connect() { quietly(&CBCentralManager::connectPeripheral, *central, aid); }
+    void cancel() { quietly(&CBCentralManager::cancelPeripheralConnection, *central, aid); }
+    void discoverServices() { quietly(&CBPeripheral::discoverServices, *aid); }
     void discoverCharacteristics(const std::shared_ptr<CBService>& service)
     {
-        quietly([&] { aid->discoverCharacteristics(service); });
+        quietly(&CBPeripheral::discoverCharacteristics, *aid, service);
     }
     void subscribe(const Characteristic& characteristic, bool enabled = true)
     {
-        quietly([&] { aid->setNotifyValue(enabled, characteristic); });
+        quietly(&CBPeripheral::setNotifyValue, *aid, enabled, characteristic);
     }
-    void read(const Characteristic& characteristic)
-    {
-        quietly([&] { aid->readValue(characteristic); });
-    }
+    void read(const Characteristic& characteristic) { quietly(&CBPeripheral::readValue, *aid, characteristic); }
     void write(const Data& value, const Characteristic& characteristic, CBCharacteristicWriteType type)
     {
-        quietly([&] { aid->writeValue(value, characteristic, type); });
+        quietly(&CBPeripheral::writeValue, *aid, value, characteristic, type);
     }
     void ask(const char* frame, CBCharacteristicWriteType type = withoutResponse)
     {

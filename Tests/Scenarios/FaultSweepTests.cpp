@@ -242,19 +242,7 @@ TEST_P(FaultAtEveryMessage, LosesNoCompletionAndInventsNoKnowledge)
         sweep.expectTheNextConnectionToWork();
         return messages;
     };
-    const auto messages = run({});
-    for (int message = 1; message <= messages; ++message) {
-        SCOPED_TRACE("message " + std::to_string(message));
-        run({ .faults = { { .kind = fault.kind, .message = message, .by = fault.by } } });
-    }
-    // The same at every message from one on: a link that goes bad and stays so.
-    for (int first = 1; first <= messages; first += 3) {
-        SCOPED_TRACE("every message from " + std::to_string(first));
-        LinkFaults bad;
-        for (int message = first; message <= 3 * messages; ++message)
-            bad.faults.push_back({ .kind = fault.kind, .message = message, .by = fault.by });
-        run(bad);
-    }
+    playWithFaults(fault, run({}), run);
 }
 
 const SweptStory allStories[] = {

@@ -1,7 +1,6 @@
 #include "Tests/Support/PL3Scenario.h"
 
 #include "AuriskSDK/Shared/Utils/PreconditionPolicy.h"
-#include "Tests/Support/AuriskScenario.h"
 #include "Tests/Support/PL3Cache.h"
 
 namespace aurisk::tests {
@@ -290,17 +289,7 @@ TEST_P(PL3FaultAtEveryMessage, LosesNoCompletionAndInventsNoKnowledge)
     };
     const auto messages = run({});
     ASSERT_GT(messages, 25);
-    for (int message = 1; message <= messages; ++message) {
-        SCOPED_TRACE("message " + std::to_string(message));
-        run({ .faults = { { .kind = GetParam().kind, .message = message, .by = GetParam().by } } });
-    }
-    for (int first = 1; first <= messages; first += 3) {
-        SCOPED_TRACE("every message from " + std::to_string(first));
-        LinkFaults bad;
-        for (int message = first; message <= 3 * messages; ++message)
-            bad.faults.push_back({ .kind = GetParam().kind, .message = message, .by = GetParam().by });
-        run(bad);
-    }
+    playWithFaults(GetParam(), messages, run);
     setPreconditionPolicy(PreconditionPolicy::stop);
 }
 

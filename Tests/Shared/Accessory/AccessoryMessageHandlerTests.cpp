@@ -89,17 +89,6 @@ TEST_F(MessageHandler, TellsAReplyBeforeTheSendingFromOneAfterItEvenAtOneInstant
     EXPECT_THAT(take(), ElementsAre("4100 sent 2", "4100 result of 2: 7"));
 }
 
-TEST_F(MessageHandler, TakesWhateverComesFirstWhenReplyAndTimeOutMeet)
-{
-    handler->launch();
-    excute(1);
-    excute(2);
-    queue.asyncAfter(3.1s, [this] { handler->excuted(10); });
-    after(3.1s);
-    after(0.2s);
-    EXPECT_THAT(take(), ElementsAre("100 sent 1", "3100 result of 1: 10", "3200 sent 2"));
-}
-
 TEST_F(MessageHandler, LetsTheRequestOnTheAirEndWhileItPauses)
 {
     handler->launch();
