@@ -104,24 +104,6 @@ TEST_F(PL3, TellsWhatTheWearerDoesAlsoWhileAWriteWaits)
     EXPECT_EQ(accessory->battery(), 20);
 }
 
-TEST_F(PL3, ThatIsSilentLeavesReadsToTheirTimeOutsAndConfirmsWrites)
-{
-    givenAConnectedAid();
-    faults().isSilent = true;
-    whenRequesting(reading(Command::volumeLevel));
-    whenRequesting(writing(Command::volumeLevel, { 2 }));
-    whenRequesting(reading(Command::program));
-    after(3.09s);
-    EXPECT_THAT(app->take(), IsEmpty());
-    after(0.02s);
-    EXPECT_THAT(app->take(), ElementsAre("read volumeLevel => timeout")); // 0.1 s + 3 s
-    after(0.12s);
-    EXPECT_THAT(app->take(), ElementsAre("updated write volumeLevel 02", "write volumeLevel 02 => volumeLevel 02"));
-    after(4s);
-    EXPECT_THAT(app->take(), ElementsAre("read program => timeout"));
-    EXPECT_EQ(accessory->volume(), 2);
-}
-
 TEST_F(PL3, TakesALongWriteInPiecesAndEndsItWithTheFirst)
 {
     givenAConnectedAid();

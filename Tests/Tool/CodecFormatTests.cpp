@@ -7,10 +7,7 @@ TEST(CodecHex, ReadsAsPeopleWriteAndWritesLowerCase)
 {
     expectAnswers({
         { R"({"op":"hex.toBytes","text":"FE68"})", R"({"ok":"fe68"})" },
-        { R"({"op":"hex.toBytes","text":"f, e"})", R"({"ok":"0f0e"})" },
-        { R"({"op":"hex.toBytes","text":"xyz"})", R"({"ok":null})" },
         { R"({"op":"hex.toBytes","text":""})", R"({"ok":null})" },
-        { R"({"op":"hex.toBytes","text":"a\u0000b"})", R"({"ok":"0a0b"})" },
         { R"({"op":"hex.fromBytes","bytes":"0AfF"})", R"({"ok":"0aff"})" },
         { R"({"op":"hex.fromBytes","bytes":""})", R"({"ok":""})" },
     });

@@ -46,6 +46,9 @@ TEST_F(ToolUpdate, EachFailureOfAnAidHasASentence)
         { { .diskSize = 2339 },
             "has no room for the 2340 bytes of the image; is " + file
                 + " the right file for it, and --type 0 the right one?" },
+        { { .fails = FirmwareFailure::space },
+            "has no room for the 2340 bytes of the image; is " + file
+                + " the right file for it, and --type 0 the right one?" },
         { { .fails = FirmwareFailure::sequence, .failsAt = 4 },
             "missed a packet after 30 % of the image; move closer and start the update again" },
         { { .fails = FirmwareFailure::crc },
