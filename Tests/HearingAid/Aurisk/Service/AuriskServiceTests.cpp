@@ -90,6 +90,20 @@ TEST_F(DataService, WritesWithoutResponseWhereTheCharacteristicAllowsIt)
     }
 }
 
+TEST_F(DataService, CompletesByTimeOutWhatItCannotWrite)
+{
+    service->didUpdateNotificationStateForCharacteristic(replies, std::nullopt);
+    request(0); // there is no characteristic to write to
+    queue.advance(4s);
+    EXPECT_THAT(take(), ElementsAre("=> error(error: timeout)"));
+    givenCharacteristics(Properties::write);
+    peripheral->itsState = CBPeripheralState::disconnected;
+    request(0);
+    queue.advance(4s);
+    EXPECT_THAT(take(), ElementsAre("=> error(error: timeout)"));
+    EXPECT_THAT(peripheral->take(), IsEmpty());
+}
+
 TEST_F(DataService, TellsItsDelegateBeforeItTellsTheRequester)
 {
     service->setDelegate(delegate);
@@ -98,6 +112,7 @@ TEST_F(DataService, TellsItsDelegateBeforeItTellsTheRequester)
     service->didUpdateNotificationStateForCharacteristic(replies, error);
     request(1);
     queue.advance(0.2s);
+    arrives(std::nullopt); // no value: nothing
     arrives(Data{ 0x00, 0xFE, 0x68, 0xD1, 0x02, 0x02, 0x04, 0x41, 0x16 });
     request(1);
     queue.advance(4s);
@@ -144,6 +159,16 @@ TEST_F(BatteryService, ReportsTheFirstByteOfWhateverArrives)
     other->setValue(Data{ 0xFF });
     service->didUpdateValueForCharacteristic(other, *peripheral, std::nullopt);
     EXPECT_THAT(levels, ElementsAre(100, 255));
+}
+
+TEST_F(BatteryService, ReportsTheLevelThatASubscriptionAlreadyHolds)
+{
+    service->setDelegate(delegate);
+    service->didUpdateNotificationStateForCharacteristic(level, std::nullopt);
+    EXPECT_THAT(levels, IsEmpty());
+    level->setValue(Data{ 55 });
+    service->didUpdateNotificationStateForCharacteristic(level, std::nullopt);
+    EXPECT_THAT(levels, ElementsAre(55));
 }
 
 } // namespace
