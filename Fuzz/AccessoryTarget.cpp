@@ -1,8 +1,9 @@
 #include "AuriskSDK/Platform/Manual/ManualDispatchQueue.h"
 #include "Fuzz/FuzzTargets.h"
 #include "Fuzz/InputReader.h"
-#include "Fuzz/SecondDecoder.h"
+#include "Tests/Support/AuriskCache.h"
 #include "Tests/Support/PlayedAid.h"
+#include "Tests/Support/SecondDecoder.h"
 
 #include <array>
 
@@ -10,95 +11,9 @@ namespace aurisk::fuzz {
 
 namespace {
 
-/// What an accessory holds of its device, or what it ought to hold.
-struct Cache {
-    std::optional<int> bat = {};
-    std::optional<int> program = {};
-    std::map<int, int> volumes = {};
-    std::optional<bool> brEdr = {};
-    bool brEdrContinuousIfEnable = false;
-    std::optional<int> transLevel = {};
-    bool hearingSupported = false;
-    std::map<int, Data> blocks = {};
-    std::optional<Data> global = {};
-    AuriskProfile profile = {};
-
-    friend bool operator==(const Cache&, const Cache&) = default;
-
-    static Cache of(const AuriskAccessory& accessory)
-    {
-        Cache held{ .bat = accessory.bat(),
-            .program = accessory.program(),
-            .volumes = accessory.volumeDic(),
-            .brEdr = accessory.brEdr(),
-            .brEdrContinuousIfEnable = accessory.brEdrContinuousIfEnable(),
-            .transLevel = accessory.transLevel(),
-            .hearingSupported = accessory.hearingSupported(),
-            .profile = accessory.profile() };
-        for (const auto& [program, dsp] : accessory.dspDic())
-            held.blocks[program] = dsp.toBytes();
-        if (accessory.global())
-            held.global = accessory.global()->toData();
-        return held;
-    }
-
-    /// The wearer has changed something.
-    void notified(const AuriskResponse::didNotify& now)
-    {
-        if (program == now.program)
-            volumes[now.program] = now.volume;
-        program = now.program;
-    }
-
-    /// A reply that carries no values: what was asked for holds now.
-    void acknowledged(const AuriskRequest& request)
-    {
-        const auto& asked = request.value();
-        if (const auto* volume = std::get_if<AuriskRequest::controlVolume>(&asked))
-            volumes[volume->program] = volume->volume;
-        if (const auto* change = std::get_if<AuriskRequest::controlProgram>(&asked))
-            program = change->program;
-        if (const auto* block = std::get_if<AuriskRequest::writeDsp>(&asked))
-            blocks[block->program] = block->dsp.toBytes();
-        if (const auto* block = std::get_if<AuriskRequest::writeGlobalDsp>(&asked))
-            global = block->global.toData();
-        if (const auto* field = std::get_if<AuriskRequest::writeProfile>(&asked))
-            profile.set(field->type, field->data);
-        if (const auto* transparency = std::get_if<AuriskRequest::setTransparency>(&asked))
-            transLevel = transparency->level;
-        if (const auto* classic = std::get_if<AuriskRequest::setBrEdr>(&asked)) {
-            brEdr = classic->enable;
-            brEdrContinuousIfEnable = classic->continuousIfEnable;
-        }
-    }
-
-    /// A reply to `request`. It is believed by what it says, not by what was asked.
-    void replied(const AuriskResponse& response, const AuriskRequest& request)
-    {
-        if (const auto* read = response.as<AuriskResponse::didReadProgram>()) {
-            program = read->program;
-            volumes.erase(read->program);
-            if (read->volume)
-                volumes[read->program] = *read->volume;
-        } else if (const auto* transparency = response.as<AuriskResponse::didReadTransparency>())
-            transLevel = transparency->level;
-        else if (const auto* classic = response.as<AuriskResponse::didReadBrEdr>()) {
-            brEdr = classic->enable;
-            brEdrContinuousIfEnable = classic->continuousIfEnable;
-        } else if (response.as<AuriskResponse::didReadHearingTest>())
-            hearingSupported = true;
-        else if (const auto* block = response.as<AuriskResponse::didReadDsp>()) {
-            if (AuriskA16Dsp::decode(block->data)) // the fuzzed device has that chip
-                blocks[block->program] = Data(block->data.begin(), block->data.begin() + 56);
-        } else if (const auto* shared = response.as<AuriskResponse::didReadGlobal>()) {
-            if (shared->data.size() >= 12)
-                global = Data(shared->data.begin(), shared->data.begin() + 12);
-        } else if (const auto* field = response.as<AuriskResponse::didReadProfile>())
-            profile.set(field->type, field->data);
-        else
-            acknowledged(request);
-    }
-};
+using tests::AuriskCache;
+using tests::decodeAgain;
+using tests::frameAround;
 
 AuriskRequest chooseRequest(InputReader& reader)
 {
@@ -162,7 +77,7 @@ public:
         case 5: _queue.advance(Seconds(reader.byte() * 0.05)); break;
         case 6: _peripheral->isConnected ? _radio.loseLink(_peripheral) : connect(); break;
         }
-        require(Cache::of(*_accessory) == _expected, "what is held does not follow from what was received");
+        require(AuriskCache::of(*_accessory) == _expected, "what is held does not follow from what was received");
     }
 
     /// Nothing comes any more, so that every request that still waits runs into its time limit.
@@ -172,7 +87,7 @@ public:
         for (const auto count : _completions)
             require(count == 1, "a request did not complete exactly once");
         require(_queue.clock()->pendingCount() == 0, "work is left over");
-        require(Cache::of(*_accessory) == _expected, "a time-out has changed what is held");
+        require(AuriskCache::of(*_accessory) == _expected, "a time-out has changed what is held");
     }
 
     void didSendRequest(const std::shared_ptr<AuriskAccessory>&, const AuriskRequest& request) override
@@ -235,7 +150,7 @@ private:
         const auto* response = result ? result->data() : nullptr;
         const auto* notified = response ? response->as<AuriskResponse::didNotify>() : nullptr;
         if (response && !notified && _inFlight)
-            _expected.replied(*response, *_inFlight);
+            _expected.replied(*response, *_inFlight, AuriskChip::a16);
         for (int i = 0; i < times; ++i) {
             if (notified)
                 _expected.notified(*notified);
@@ -258,7 +173,7 @@ private:
     tests::PlayedRadio _radio;
     std::shared_ptr<tests::PlayedAid> _peripheral = tests::PlayedAid::create(CBUUID(0x0001), "X1-L");
     std::shared_ptr<AuriskAccessory> _accessory;
-    Cache _expected;
+    AuriskCache _expected;
     std::optional<AuriskRequest> _inFlight; ///< sent in this connection, and not yet completed
     Seconds _sentAt{ 0 }, _completedAt{ -1 }; ///< the last time that it happened in this connection
     int _connection = 0;

@@ -1,10 +1,14 @@
 #include "Fuzz/FuzzTargets.h"
 #include "Fuzz/InputReader.h"
-#include "Fuzz/SecondDecoder.h"
+#include "Tests/Support/SecondDecoder.h"
 
 #include <algorithm>
 
 namespace aurisk::fuzz {
+
+using tests::decodeAgain;
+using tests::frameAround;
+using tests::SecondDecoding;
 
 void frame(DataView input)
 {

@@ -2,6 +2,7 @@
 #include "Fuzz/FuzzTargets.h"
 #include "Fuzz/InputReader.h"
 #include "Tests/HearingAid/Vortilex/PlayedPL3.h"
+#include "Tests/HearingAid/Vortilex/SecondReceiver.h"
 
 #include <deque>
 

@@ -2,7 +2,7 @@
 #include "AuriskSDK/Platform/Manual/ManualDispatchQueue.h"
 #include "Fuzz/FuzzTargets.h"
 #include "Fuzz/InputReader.h"
-#include "Fuzz/SecondDecoder.h"
+#include "Tests/Support/SecondDecoder.h"
 #include "Tests/Support/StubPeripheral.h"
 #include "Tests/Support/UpdateOracle.h"
 
@@ -34,7 +34,7 @@ public:
             _expected.subscriptionArrives(failure.has_value(), now);
             _service->didUpdateNotificationStateForCharacteristic(_answers, failure);
             break;
-        case 4: notify(frameAround(choice < 0x80 ? 0x9D : 0xDD, reader.take(3))); break;
+        case 4: notify(tests::frameAround(choice < 0x80 ? 0x9D : 0xDD, reader.take(3))); break;
         case 5: notify(reader.counted()); break;
         case 6: _queue.advance(Seconds(0.05)); break;
         case 7:

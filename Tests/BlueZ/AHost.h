@@ -2,7 +2,7 @@
 
 #include "AuriskSDK/Platform/BlueZ/BlueZErrors.h"
 #include "Tests/BlueZ/Guest.h"
-#include "Tests/Platform/RadioUnderTest.h"
+#include "Tests/RadioContract/RadioUnderTest.h"
 #include "Tests/Scenarios/UpdateScenario.h"
 
 namespace aurisk::tests {

@@ -1,4 +1,4 @@
-#include "Tests/Platform/RadioContract.h"
+#include "Tests/RadioContract/RadioContract.h"
 
 #include "Simulator/SimulatedAuriskAid.h"
 #include "Tests/BlueZ/Guest.h"

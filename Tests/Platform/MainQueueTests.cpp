@@ -5,7 +5,6 @@
 #include "Tests/Support/Stops.h"
 
 #include <asio/io_context.hpp>
-#include <asio/post.hpp>
 #include <gmock/gmock.h>
 
 #include <cstdlib>
@@ -134,14 +133,6 @@ TEST(MainQueue, RunsWhatBecameDueDuringWorkBeforeWhatThatWorkAdds)
     });
     runMainQueue();
     EXPECT_THAT(heard, ElementsAre("due meanwhile", "added"));
-}
-
-TEST(MainQueue, SharesTheLoopThatBackendsWaitOn)
-{
-    bool ran = false;
-    asio::post(mainQueueContext(), [&] { ran = true; });
-    pollMainQueue();
-    EXPECT_TRUE(ran);
 }
 
 TEST(MainQueue, TakesALoopOfTheHostOnlyBeforeItIsUsed)

@@ -66,14 +66,15 @@ public:
 
     void expectNothingLostAndNothingInvented()
     {
-        Oracle oracle;
+        Oracle oracle(accessory->hearChip());
         bool isEverSent = false; // if not, the subscription was never confirmed: what waits for it waits for ever
         for (const auto& event : events) {
             oracle.follow(event);
             isEverSent |= event.kind == Event::Kind::sent;
         }
         oracle.giveUp();
-        EXPECT_EQ(knownByAccessory(), oracle.known);
+        EXPECT_EQ(known(), oracle.known);
+        EXPECT_EQ(accessory->orientation(), AccessoryOrientation::left); // by its name, whatever it takes and tells
         EXPECT_FALSE(oracle.hasSwitchedUnasked && dynamic_cast<AuriskH01Accessory*>(accessory.get()));
 
         int completed = 0;
@@ -101,27 +102,7 @@ public:
         EXPECT_EQ(*answer, AuriskResult::success(AuriskResponse::didReadProgram{ .program = 3, .volume = 2 }));
     }
 
-    Knowledge knownByAccessory() const
-    {
-        Knowledge known{ .program = accessory->program(),
-            .volumes = accessory->volumeDic(),
-            .transparency = accessory->transLevel(),
-            .battery = accessory->bat(),
-            .brEdr = accessory->brEdr(),
-            .brEdrContinuous = accessory->brEdrContinuousIfEnable(),
-            .hearingTest = accessory->hearingSupported() };
-        for (const auto& [program, block] : accessory->dspDic())
-            known.blocks[program] = block.toBytes();
-        if (accessory->global())
-            known.global = accessory->global()->toData();
-        const auto& profile = accessory->profile();
-        for (const auto& field : enumCases<AuriskProfileType>)
-            if (const auto text = AuriskProfile::textOf(field.value); text && !(profile.*text).empty())
-                known.profile[rawValue(field.value)] = Data((profile.*text).begin(), (profile.*text).end());
-        if (profile.reservedField)
-            known.profile[rawValue(AuriskProfileType::productReserved)] = profile.reservedField->toData();
-        return known;
-    }
+    AuriskCache known() const { return AuriskCache::of(*accessory); }
 
     std::optional<std::optional<Data>> fetched; ///< what the fetch of a log brought; none before it has ended
 
@@ -154,6 +135,7 @@ void wearersStory(FaultSweep& aid)
             AuriskRequest(AuriskRequest::getTransparencyLevel{}),
             AuriskRequest(AuriskRequest::setBrEdr{ .enable = true, .continuousIfEnable = false }),
             AuriskRequest(AuriskRequest::readBrEdr{}), AuriskRequest(AuriskRequest::readOrientation{}),
+            AuriskRequest(AuriskRequest::writeOrientation{ .orientation = AccessoryOrientation::right }),
             AuriskRequest(AuriskRequest::hearingSupported{}) })
         aid.ask(request);
     aid.after(0.35s);
@@ -218,22 +200,23 @@ TEST(FaultSweep, TheStoriesWithoutAFaultKnowEverything)
     FaultSweep wearer;
     const auto messages = wearer.play(wearersStory, a16, {});
     wearer.expectNothingLostAndNothingInvented();
-    EXPECT_GE(messages, 6 + 2 * 11 + 4); // set-up; requests and replies; what the wearer did, and the battery
-    EXPECT_EQ(wearer.knownByAccessory(),
-        (Knowledge{ .program = 3,
+    EXPECT_GE(messages, 6 + 2 * 12 + 4); // set-up; requests and replies; what the wearer did, and the battery
+    EXPECT_EQ(wearer.known(),
+        (AuriskCache{ .bat = 77,
+            .program = 3,
             .volumes = { { 0, 3 }, { 1, 9 }, { 3, 2 } },
-            .transparency = 5,
-            .battery = 77,
             .brEdr = true,
-            .brEdrContinuous = false,
-            .hearingTest = true }));
+            .transLevel = 5,
+            .hearingSupported = true }));
 
     FaultSweep fitter;
     fitter.play(fittersStory, a4, {});
-    EXPECT_THAT(fitter.knownByAccessory().blocks, testing::SizeIs(3));
-    EXPECT_EQ(fitter.knownByAccessory().blocks[2], AuriskA4Dsp().toBytes());
-    EXPECT_TRUE(fitter.knownByAccessory().global);
-    EXPECT_THAT(fitter.knownByAccessory().profile, testing::SizeIs(3));
+    EXPECT_THAT(fitter.known().blocks, testing::SizeIs(3));
+    EXPECT_EQ(fitter.known().blocks[2], AuriskA4Dsp().toBytes());
+    EXPECT_TRUE(fitter.known().global);
+    EXPECT_EQ(fitter.known().profile.skuCode, "X1-A4");
+    EXPECT_TRUE(fitter.known().profile.reservedField);
+    EXPECT_EQ(fitter.known().profile.seriesCode, "S2");
 
     FaultSweep log;
     log.play(logStory, a16, {});
@@ -259,19 +242,7 @@ TEST_P(FaultAtEveryMessage, LosesNoCompletionAndInventsNoKnowledge)
         sweep.expectTheNextConnectionToWork();
         return messages;
     };
-    const auto messages = run({});
-    for (int message = 1; message <= messages; ++message) {
-        SCOPED_TRACE("message " + std::to_string(message));
-        run({ .faults = { { .kind = fault.kind, .message = message, .by = fault.by } } });
-    }
-    // The same at every message from one on: a link that goes bad and stays so.
-    for (int first = 1; first <= messages; first += 3) {
-        SCOPED_TRACE("every message from " + std::to_string(first));
-        LinkFaults bad;
-        for (int message = first; message <= 3 * messages; ++message)
-            bad.faults.push_back({ .kind = fault.kind, .message = message, .by = fault.by });
-        run(bad);
-    }
+    playWithFaults(fault, run({}), run);
 }
 
 const SweptStory allStories[] = {

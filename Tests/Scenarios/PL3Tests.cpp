@@ -1,9 +1,7 @@
 #include "Tests/Support/PL3Scenario.h"
 
 #include "AuriskSDK/Shared/Utils/PreconditionPolicy.h"
-#include "Tests/Support/AuriskScenario.h"
 #include "Tests/Support/PL3Cache.h"
-#include "Tests/Support/StubPeripheral.h"
 
 namespace aurisk::tests {
 namespace {
@@ -106,24 +104,6 @@ TEST_F(PL3, TellsWhatTheWearerDoesAlsoWhileAWriteWaits)
     EXPECT_EQ(accessory->battery(), 20);
 }
 
-TEST_F(PL3, ThatIsSilentLeavesReadsToTheirTimeOutsAndConfirmsWrites)
-{
-    givenAConnectedAid();
-    faults().isSilent = true;
-    whenRequesting(reading(Command::volumeLevel));
-    whenRequesting(writing(Command::volumeLevel, { 2 }));
-    whenRequesting(reading(Command::program));
-    after(3.09s);
-    EXPECT_THAT(app->take(), IsEmpty());
-    after(0.02s);
-    EXPECT_THAT(app->take(), ElementsAre("read volumeLevel => timeout")); // 0.1 s + 3 s
-    after(0.12s);
-    EXPECT_THAT(app->take(), ElementsAre("updated write volumeLevel 02", "write volumeLevel 02 => volumeLevel 02"));
-    after(4s);
-    EXPECT_THAT(app->take(), ElementsAre("read program => timeout"));
-    EXPECT_EQ(accessory->volume(), 2);
-}
-
 TEST_F(PL3, TakesALongWriteInPiecesAndEndsItWithTheFirst)
 {
     givenAConnectedAid();
@@ -186,32 +166,6 @@ TEST_F(PL3, CompletesItsRequestsWhateverTheApplicationDoesInsideACallback)
             EXPECT_EQ(completed, does == Does::asksOn ? 4 : 3) << which;
             app->onLine = {};
         }
-}
-
-TEST_F(PL3, WhoseAdvertisementIsTooShortIsDroppedAndTheScanGoesOn)
-{
-    const auto contained = std::make_shared<StubPeripheral>(std::uint8_t(1), "P3-R");
-    auto platform = std::make_shared<WatchedPlatform>(simulator->platform());
-    manager = AccessoryManager::create(platform);
-    manager->setScanningDelegate(app);
-    setPreconditionPolicy(PreconditionPolicy::contain);
-    manager->startScan(1s);
-    const auto advertise = [&](Data data) {
-        manager->centralManagerDidDiscover(
-            *platform->central.lock(), contained, { .manufacturerData = std::move(data) }, -60);
-    };
-    advertise({ 0xC6, 0x03, 0x03, 0x01, 0x00, 0x02 });
-    EXPECT_TRUE(manager->accessories().empty());
-    advertise({ 0xC6, 0x03, 0x03, 0x01, 0x00, 0x02, 0x00 });
-    ASSERT_EQ(manager->accessories().size(), 1U);
-    const auto found = std::dynamic_pointer_cast<PL3Accessory>(manager->accessories().front());
-    advertise({ 0xC6, 0x03, 0x02, 0x09 });
-    EXPECT_EQ(found->orientation(), AccessoryOrientation::right);
-    EXPECT_EQ(found->manufacturerId(), 1);
-    EXPECT_EQ(found->mfgData().size(), 7U);
-    after(1s);
-    EXPECT_EQ(manager->accessories().size(), 2U);
-    setPreconditionPolicy(PreconditionPolicy::stop);
 }
 
 // One fault at every message of a story.
@@ -317,17 +271,7 @@ TEST_P(PL3FaultAtEveryMessage, LosesNoCompletionAndInventsNoKnowledge)
     };
     const auto messages = run({});
     ASSERT_GT(messages, 25);
-    for (int message = 1; message <= messages; ++message) {
-        SCOPED_TRACE("message " + std::to_string(message));
-        run({ .faults = { { .kind = GetParam().kind, .message = message, .by = GetParam().by } } });
-    }
-    for (int first = 1; first <= messages; first += 3) {
-        SCOPED_TRACE("every message from " + std::to_string(first));
-        LinkFaults bad;
-        for (int message = first; message <= 3 * messages; ++message)
-            bad.faults.push_back({ .kind = GetParam().kind, .message = message, .by = GetParam().by });
-        run(bad);
-    }
+    playWithFaults(GetParam(), messages, run);
     setPreconditionPolicy(PreconditionPolicy::stop);
 }
 

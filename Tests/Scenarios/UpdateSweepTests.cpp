@@ -19,12 +19,9 @@ public:
     ~UpdateSweep() override { setPreconditionPolicy(PreconditionPolicy::stop); }
     void TestBody() override { }
 
-    AuriskFirmware firmware; ///< of the aid, while the first update runs
-
     /// Returns how many messages the link carried.
     int play(const LinkFaults& withFaults, std::optional<Seconds> stopAfter = std::nullopt)
     {
-        setFirmware(firmware);
         faults() = withFaults;
         watch();
         manager->startScan(1s);
@@ -46,13 +43,6 @@ public:
     }
 
 private:
-    void setFirmware(const AuriskFirmware& with)
-    {
-        auto state = aid();
-        state.firmware = with;
-        dynamic_cast<SimulatedAuriskAid&>(*simulator->aid(aidName)).setState(state);
-    }
-
     /// Looks at what reaches the accessory, and starts the update as soon as the services are known.
     void watch()
     {
@@ -87,7 +77,9 @@ private:
 
     void expectTheNextUpdateToSucceed()
     {
-        setFirmware({});
+        auto state = aid();
+        state.firmware = {};
+        dynamic_cast<SimulatedAuriskAid&>(*simulator->aid(aidName)).setState(state);
         faults() = {};
         if (!accessory->firmwareUpdateService())
             accessory->disconnect(); // its services never came
@@ -158,22 +150,6 @@ const auto allFaults = everyFault({
 });
 INSTANTIATE_TEST_SUITE_P(Each, UpdateWithAFaultAtEveryMessage, testing::ValuesIn(allFaults),
     [](const auto& swept) { return swept.param.name; });
-
-TEST(UpdateSweep, ToldOfEachFailureThatADeviceCanName)
-{
-    using enum FirmwareFailure;
-    for (const auto failure : { init, space, sequence, crc, boot, bootError })
-        for (const int at : { 1, 3, 6 }) {
-            SCOPED_TRACE(std::to_string(int(failure)) + " at packet " + std::to_string(at));
-            UpdateSweep sweep;
-            sweep.firmware.fails = failure;
-            sweep.firmware.failsAt = at;
-            sweep.play({});
-        }
-    UpdateSweep small;
-    small.firmware.diskSize = imageSize - 1;
-    small.play({});
-}
 
 TEST(UpdateSweep, StoppedAtAnyTimeMakesWayForTheNext)
 {

@@ -57,35 +57,6 @@ TEST(UpdateTransfer, OutlastsTheSixteenBitsOfTheSequenceNumber)
 
 class Update : public UpdateScenario { };
 
-TEST_F(Update, OfEachTypeChangesTheVersionThatTheDeviceReports)
-{
-    givenAFoundAid();
-    const std::pair<DFUFirmwareType, AuriskProfileType> rows[] = {
-        { DFUFirmwareType::type0, AuriskProfileType::productSoft },
-        { DFUFirmwareType::type1, AuriskProfileType::bluetoothSoft },
-        { DFUFirmwareType::type2, AuriskProfileType::ota },
-    };
-    for (const auto& [type, field] : rows) {
-        ASSERT_TRUE(accessory->connect(app, "left"));
-        after(1s);
-        const std::string text = "version 9." + std::to_string(rawValue(type)) + ".0\n the rest";
-        start({ text.begin(), text.end() }, type);
-        after(5s);
-        ASSERT_EQ(accessory->state(), AccessoryState::disconnected); // it boots
-        EXPECT_THAT(updates->errors, IsEmpty());
-
-        ASSERT_TRUE(accessory->connect(app, "left"));
-        after(1s);
-        app->take();
-        app->request(*accessory, AuriskRequest::readProfile{ .type = field });
-        after(1s);
-        const auto version = accessory->profile().*AuriskProfile::textOf(field);
-        EXPECT_EQ(version, "9." + std::to_string(rawValue(type)) + ".0");
-        accessory->disconnect();
-        after(1s);
-    }
-}
-
 TEST_F(Update, ThatLosesItsLinkIsAnErrorAndAnotherOneCompletesInTheSameProcess)
 {
     givenAConnectedAid();

@@ -187,35 +187,6 @@ TEST_F(AnAcceptor, DoesNotAnswerWhatIsNoPartOfAnUpdate)
         EXPECT_EQ(tell(carrying, packet), "15") << "the update is as it was";
 }
 
-TEST_F(AnAcceptor, FailsInEachWayThatCanBeAskedFor)
-{
-    struct Row {
-        FirmwareFailure fails;
-        int failsAt;
-        const char* says;
-    };
-    const Row rows[] = {
-        { FirmwareFailure::init, 1, "12, 16, 16, 16, 18" },
-        { FirmwareFailure::space, 1, "11 14, 16, 16, 16, 18" },
-        { FirmwareFailure::sequence, 1, "11 13, 16, 16, 16, 18" },
-        { FirmwareFailure::sequence, 3, "11 13, 15, 15, 16, 18" },
-        { FirmwareFailure::crc, 1, "11 13, 15, 15, 15, 18" },
-        { FirmwareFailure::boot, 1, "11 13, 15, 15, 15, 17 1a" },
-        { FirmwareFailure::bootError, 1, "11 13, 15, 15, 15, 17 dd1a" },
-    };
-    for (const auto& row : rows) {
-        firmware.fails = row.fails;
-        firmware.failsAt = row.failsAt;
-        EXPECT_EQ(wholeUpdate(), row.says);
-        EXPECT_FALSE(accepted);
-    }
-    EXPECT_EQ(tell(validating, ""), "18");
-
-    firmware.fails = FirmwareFailure::sequence;
-    firmware.failsAt = 4; // which never comes
-    EXPECT_EQ(wholeUpdate(), "11 13, 15, 15, 15, 17 19");
-}
-
 TEST_F(AnAcceptor, RefusesWithTheFailureOfEachFrame)
 {
     const auto refusal = [this](int opcode, const char* payload) {

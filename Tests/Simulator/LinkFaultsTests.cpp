@@ -210,26 +210,6 @@ TEST_F(ALink, FailsOrNeverEndsWhereTheAidWillNotConnect)
     EXPECT_EQ(radio().messageCount("X1-L"), 0);
 }
 
-TEST_F(ALink, TakesItsLatencyEachWay)
-{
-    givenASubscribedAid();
-    faults().latency = 50ms;
-    write(readVolume1);
-    EXPECT_THAT(within(99ms), IsEmpty());
-    EXPECT_THAT(within(2ms), ElementsAre(volume1Is10));
-}
-
-TEST_F(ALink, CarriesNotificationsInOrderEachWithItsOwnValue)
-{
-    givenASubscribedAid();
-    write(readVolume3);
-    write(readVolume1);
-    write(readVolume2);
-    radio().perform("X1-L", { "volume", 2 });
-    EXPECT_THAT(within(1s),
-        ElementsAre("value AE02 00fe689f0401020b0c2516", volume3Is12, "value AE02 00fe6891030104020316", volume2Is11));
-}
-
 TEST_F(ALink, LosesTheAidThatIsPackedForShippingAfterItsReply)
 {
     givenASubscribedAid();

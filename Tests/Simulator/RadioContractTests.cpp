@@ -1,4 +1,4 @@
-#include "Tests/Platform/RadioContract.h"
+#include "Tests/RadioContract/RadioContract.h"
 
 #include "AuriskSDK/Platform/Manual/ManualDispatchQueue.h"
 #include "Simulator/SimulatedAuriskAid.h"

@@ -235,16 +235,5 @@ TEST_F(APL3Link, SaysByTheConfirmationOfAWriteWhetherTheAidRefuses)
     EXPECT_EQ(within(1s), Lines{ value + " 7e00010009" });
 }
 
-TEST_F(APL3Link, MayFailOrDoubleAWrite)
-{
-    faults().faults = { { Fault::Kind::refuse, 5 }, { Fault::Kind::refuse, 10 }, { Fault::Kind::duplicate, 15 } };
-    EXPECT_EQ(heardOf({ "7e000200", "03" }), (Lines{ failed, written })); // messages 5 to 8
-    EXPECT_EQ(heardOf({ "7e000200", "03", "04" }), (Lines{ written, failed, written })); // 9 to 14
-    EXPECT_EQ(pl3->state().volume, 6);
-    EXPECT_EQ(heardOf({ "7e000180" }), (Lines{ written, value + " 7e00018006", value + " 7e00018006" }));
-    EXPECT_EQ(heardOf({ "7e000200", "03" }), (Lines{ written, written }));
-    EXPECT_EQ(pl3->state().volume, 3);
-}
-
 } // namespace
 } // namespace aurisk::simulatortests

@@ -319,35 +319,6 @@ TEST_F(AnUpdate, IsNoUpdateOfTheNextRun)
     EXPECT_THAT(within(10s), IsEmpty());
 }
 
-TEST_F(AnUpdate, LeavesTheLinkOfAnAidThatDoesNotBoot)
-{
-    auto state = aid();
-    state.firmware.fails = FirmwareFailure::bootError;
-    dynamic_cast<SimulatedAuriskAid&>(*simulator->aid("X1-L")).setState(state);
-    givenATakenImage();
-    writeUpdate(validate);
-    EXPECT_THAT(within(10s), ElementsAre(crcIsRight, "value AE3C 00fe68dd0391031af616"));
-    EXPECT_EQ(left->state(), CBPeripheralState::connected);
-    EXPECT_EQ(productSoft(), "2.3.1");
-}
-
-TEST_F(AnUpdate, FailsByTheFaultsOfItsLink)
-{
-    givenATakenImage();
-    faults().faults = { { Fault::Kind::refuse, 13 }, { Fault::Kind::duplicate, 18 } };
-    ASSERT_EQ(radio().messageCount("X1-L"), 12);
-    writeUpdate(validate);
-    EXPECT_THAT(within(1s), ElementsAre("value AE3C 00fe689d03910318b416"));
-    writeUpdate("fe681d0c910109000000c331000009002916");
-    queue.advance(1s); // messages 15 to 17
-    writeUpdate("fe681d0d910201003132333435363738390316");
-    writeUpdate(validate);
-    EXPECT_THAT(within(1s),
-        ElementsAre(
-            "value AE3C 00fe689d03910215b016", "value AE3C 00fe689d03910216b116", "value AE3C 00fe689d03910318b416"))
-        << "the second time it is the wrong packet";
-}
-
 TEST_F(ARadio, NamesTheAidThatTheWorldDoesNotHave)
 {
     EXPECT_THROW(radio().dropLink("X9"), std::out_of_range);

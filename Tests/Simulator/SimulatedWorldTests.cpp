@@ -1,6 +1,7 @@
 #include "Simulator/SimulatedWorld.h"
 
 #include "Tests/Simulator/ARadio.h"
+#include "Tests/Support/Refusal.h"
 
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -13,17 +14,6 @@ using nlohmann::json;
 const SimulatedAuriskAid& auriskAid(const SimulatedWorld& world, std::size_t index)
 {
     return dynamic_cast<const SimulatedAuriskAid&>(*world.aids.at(index).aid);
-}
-
-/// What is wrong with what `work` reads or writes.
-std::string sentenceOf(const std::function<void()>& work)
-{
-    try {
-        work();
-    } catch (const SimulatedWorldError& error) {
-        return error.what();
-    }
-    return "nothing is wrong";
 }
 
 /// A file that is gone after the test.
@@ -146,8 +136,8 @@ TEST(AWorld, NamesThePlaceOfWhatIsWrong)
     };
     const auto good = json::parse(R"({ "scriptPeriod": 60,
         "aids": [{ "kind": "aurisk", "name": "A", "address": "00:00:00:00:00:01" }] })");
-    const auto sentence = [](const json& world) { return sentenceOf([&] { SimulatedWorld::fromJson(world); }); };
-    EXPECT_EQ(sentence(good), "nothing is wrong");
+    const auto sentence = [](const json& world) { return refusalOf([&] { SimulatedWorld::fromJson(world); }); };
+    EXPECT_EQ(sentence(good), "accepted");
     for (const auto& row : rows) {
         auto world = good;
         world.merge_patch(json::parse(row.patch));
@@ -240,18 +230,18 @@ TEST(AWorld, MadeInCodeObeysTheSameRules)
 TEST_F(AWorldFile, SaysWhatIsWrongWithIt)
 {
     const auto loading = [&] { SimulatedWorld::load(path); };
-    EXPECT_EQ(sentenceOf(loading), path.string() + ": cannot be read: No such file or directory");
+    EXPECT_EQ(refusalOf(loading), path.string() + ": cannot be read: No such file or directory");
     write("{\n\"aids\": ");
-    EXPECT_EQ(sentenceOf(loading), path.string() + ": is no JSON (line 2)");
-    EXPECT_EQ(sentenceOf([&] { SimulatedWorld::load(folder); }), folder.string() + ": cannot be read: Is a directory");
+    EXPECT_EQ(refusalOf(loading), path.string() + ": is no JSON (line 2)");
+    EXPECT_EQ(refusalOf([&] { SimulatedWorld::load(folder); }), folder.string() + ": cannot be read: Is a directory");
     write("{ \"aids\": [7] }");
-    EXPECT_EQ(sentenceOf(loading), path.string() + ": aids[0]: must be an object");
+    EXPECT_EQ(refusalOf(loading), path.string() + ": aids[0]: must be an object");
     const auto nowhere = folder / "none" / "world.json";
-    EXPECT_EQ(sentenceOf([&] { SimulatedWorld().save(nowhere); }),
+    EXPECT_EQ(refusalOf([&] { SimulatedWorld().save(nowhere); }),
         nowhere.string() + ": cannot be written: No such file or directory");
     std::filesystem::create_directories(folder / "folder" / "inner");
     EXPECT_THAT(
-        sentenceOf([&] { SimulatedWorld().save(folder / "folder"); }), testing::HasSubstr("cannot be written: "));
+        refusalOf([&] { SimulatedWorld().save(folder / "folder"); }), testing::HasSubstr("cannot be written: "));
     SimulatedWorld().save(path);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 2) << "nothing else lies about";
 }

@@ -1,63 +1,9 @@
 #pragma once
 
-#include "AuriskSDK/Platform/Manual/ManualDispatchQueue.h"
 #include "Simulator/SimulatedAuriskAid.h"
-#include "Simulator/Simulator.h"
-#include "Tests/Support/Application.h"
-
-#include <gmock/gmock.h>
-
-#include <chrono>
+#include "Tests/Support/AidScenario.h"
 
 namespace aurisk::tests {
-
-using namespace std::chrono_literals;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using Kind = Fault::Kind;
-
-/// A kind of fault, under the name that a sweep gives its test.
-struct NamedFault {
-    const char* name;
-    Kind kind;
-    Seconds by = Seconds(0);
-};
-
-/// Every kind of fault; of delays those that matter to what is swept.
-inline std::vector<NamedFault> everyFault(std::initializer_list<NamedFault> delays)
-{
-    std::vector<NamedFault> all = {
-        { "DropLinkBefore", Kind::dropLinkBefore },
-        { "DropLinkAfter", Kind::dropLinkAfter },
-        { "Lose", Kind::lose },
-        { "Duplicate", Kind::duplicate },
-        { "Corrupt", Kind::corrupt },
-        { "Refuse", Kind::refuse },
-    };
-    all.insert(all.end(), delays);
-    return all;
-}
-
-/// Passes on a platform, and knows the central that it made last.
-class WatchedPlatform final : public BluetoothPlatform {
-public:
-    explicit WatchedPlatform(std::shared_ptr<BluetoothPlatform> platform)
-        : _platform(std::move(platform))
-    {
-    }
-    std::shared_ptr<CBCentralManager> makeCentralManager(
-        std::weak_ptr<CBCentralManagerDelegate> delegate, const CBCentralManagerOptions& options) override
-    {
-        auto made = _platform->makeCentralManager(std::move(delegate), options);
-        central = made;
-        return made;
-    }
-
-    std::weak_ptr<CBCentralManager> central;
-
-private:
-    std::shared_ptr<BluetoothPlatform> _platform;
-};
 
 /// Makes an accessory of no family of whatever is heard.
 struct PlainSelector final : AccessorySelectorDelegate {
@@ -72,7 +18,7 @@ struct PlainSelector final : AccessorySelectorDelegate {
 };
 
 /// An application, a radio and one A16 hearing aid, "X1-L", in virtual time. The link takes 5 ms each way.
-class AuriskScenario : public testing::Test {
+class AuriskScenario : public AidScenario<AuriskAccessory> {
 protected:
     static constexpr auto aidName = "X1-L";
 
@@ -95,39 +41,12 @@ protected:
     }
 
     AuriskScenario()
+        : AidScenario(aidName, world())
     {
         manager->setStatusDelegate(app);
-        manager->setScanningDelegate(app);
     }
 
     AuriskAidState aid() const { return dynamic_cast<const SimulatedAuriskAid&>(*simulator->aid(aidName)).state(); }
-    LinkFaults& faults() { return simulator->world().placed(aidName).faults; }
-    void wearer(const std::string& action)
-    {
-        ASSERT_TRUE(simulator->radio().perform(aidName, *WearerAction::fromString(action)));
-    }
-    void after(Seconds span) { queue.advance(span); }
-
-    /// Scans until the aid is found; nothing heard is left over.
-    void givenAFoundAid()
-    {
-        manager->startScan(1s);
-        after(2s);
-        ASSERT_EQ(manager->accessories().size(), 1U);
-        accessory = std::dynamic_pointer_cast<AuriskAccessory>(manager->accessories().front());
-        ASSERT_TRUE(accessory);
-        app->take();
-    }
-
-    /// Connects, and waits until requests can be answered.
-    void givenAConnectedAid()
-    {
-        givenAFoundAid();
-        ASSERT_TRUE(accessory->connect(app, "left"));
-        after(1s);
-        ASSERT_EQ(accessory->state(), AccessoryState::connected);
-        app->take();
-    }
 
     void whenRequesting(const AuriskRequest& request) { app->request(*accessory, request); }
 
@@ -140,14 +59,6 @@ protected:
                 lines.push_back(line);
         return lines;
     }
-
-    ManualDispatchQueue queue;
-    ScopedMainQueue main{ queue };
-    std::shared_ptr<Simulator> simulator = Simulator::create(world());
-    std::shared_ptr<Application> app = std::make_shared<Application>();
-    std::shared_ptr<WatchedPlatform> platform = std::make_shared<WatchedPlatform>(simulator->platform());
-    std::shared_ptr<AccessoryManager> manager = AccessoryManager::create(platform);
-    std::shared_ptr<AuriskAccessory> accessory;
 };
 
 } // namespace aurisk::tests

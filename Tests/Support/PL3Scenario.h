@@ -1,21 +1,11 @@
 #pragma once
 
 #include "AuriskSDK/HearingAid/Vortilex/PL3Accessory.h"
-#include "AuriskSDK/Platform/Manual/ManualDispatchQueue.h"
 #include "AuriskSDK/Shared/Utils/HexToData.h"
 #include "Simulator/SimulatedPL3Aid.h"
-#include "Simulator/Simulator.h"
-#include "Tests/Support/Application.h"
-
-#include <gmock/gmock.h>
-
-#include <chrono>
+#include "Tests/Support/AidScenario.h"
 
 namespace aurisk::tests {
-
-using namespace std::chrono_literals;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 inline PL3Request reading(PL3Command command) { return { .command = command, .read = true }; }
 inline PL3Request writing(PL3Command command, Data data) { return { .command = command, .data = std::move(data) }; }
@@ -51,7 +41,7 @@ struct PL3Listener final : PL3AccessoryDelegate {
 };
 
 /// An application, a radio and one PL3 hearing aid, "P3-L", in virtual time. The link takes 5 ms each way.
-class PL3Scenario : public testing::Test {
+class PL3Scenario : public AidScenario<PL3Accessory> {
 protected:
     static constexpr auto aidName = "P3-L";
 
@@ -63,37 +53,13 @@ protected:
         return world;
     }
 
-    PL3Scenario() { manager->setScanningDelegate(app); }
+    PL3Scenario()
+        : AidScenario(aidName, world())
+    {
+    }
 
     SimulatedPL3Aid& aid() const { return dynamic_cast<SimulatedPL3Aid&>(*simulator->aid(aidName)); }
-    LinkFaults& faults() { return simulator->world().placed(aidName).faults; }
-    int messages() const { return simulator->radio().messageCount(aidName); }
-    void wearer(const std::string& action)
-    {
-        ASSERT_TRUE(simulator->radio().perform(aidName, *WearerAction::fromString(action)));
-    }
-    void after(Seconds span) { queue.advance(span); }
-
-    void givenAFoundAid()
-    {
-        manager->startScan(1s);
-        after(2s);
-        ASSERT_EQ(manager->accessories().size(), 1U);
-        accessory = std::dynamic_pointer_cast<PL3Accessory>(manager->accessories().front());
-        ASSERT_TRUE(accessory);
-        accessory->setDataDelegate(listener);
-        app->take();
-    }
-
-    /// Connects, and waits until requests can be answered.
-    void givenAConnectedAid()
-    {
-        givenAFoundAid();
-        ASSERT_TRUE(accessory->connect(app, "left"));
-        after(1s);
-        ASSERT_EQ(accessory->state(), AccessoryState::connected);
-        app->take();
-    }
+    void whenFound() override { accessory->setDataDelegate(listener); }
 
     /// Sends a request and hears "<request> => <result>".
     void whenRequesting(const PL3Request& request)
@@ -105,13 +71,7 @@ protected:
         });
     }
 
-    ManualDispatchQueue queue;
-    ScopedMainQueue main{ queue };
-    std::shared_ptr<Simulator> simulator = Simulator::create(world());
-    std::shared_ptr<Application> app = std::make_shared<Application>();
     std::shared_ptr<PL3Listener> listener = std::make_shared<PL3Listener>(app);
-    std::shared_ptr<AccessoryManager> manager = AccessoryManager::create(simulator->platform());
-    std::shared_ptr<PL3Accessory> accessory;
 };
 
 } // namespace aurisk::tests

@@ -1,3 +1,4 @@
+#include "Tests/Support/Refusal.h"
 #include "Tests/Tool/ToolScenario.h"
 #include "Tools/aurisk/Values.h"
 
@@ -9,16 +10,9 @@ namespace {
 using tool::Command;
 using tool::Options;
 
-Options parsed(const std::string& commandLine) { return std::get<Options>(tool::parseArguments(wordsOf(commandLine))); }
-
 std::string refusal(const Lines& words)
 {
-    try {
-        tool::parseArguments(words);
-    } catch (const tool::UsageError& error) {
-        return error.what();
-    }
-    return "accepted";
+    return refusalOf([&] { tool::parseArguments(words); });
 }
 
 TEST(Arguments, AMistakeIsToldInOneSentence)
@@ -46,7 +40,6 @@ TEST(Arguments, AMistakeIsToldInOneSentence)
         { "bredr X1-L of", "bredr: \"of\" is neither on nor off" },
         { "bredr X1-L off --continuous", "bredr: --continuous goes with on" },
         { "tone X1-L 1000", "tone: say how loud, with either --db or --amp" },
-        { "tone 1000 --db 1 --amp 1", "tone: say how loud, with either --db or --amp" },
         { "tone 65536 --db 1", "frequency: 65536 is outside 1 to 65535" },
         { "tone 1000 --amp 32768", "--amp: 32768 is outside 0 to 32767" },
         { "tone stop X1-L --db 1", "tone stop takes neither --db nor --amp" },
@@ -74,7 +67,6 @@ TEST(Arguments, AMistakeIsToldInOneSentence)
         { "dsp import", "dsp: the file is missing" },
         { "dsp import f.json --program 1",
             "dsp import: the file says which programs, so --program does not go with it" },
-        { "global show --program 1", "--program is no option of global (aurisk global --help lists them)" },
         { "eq set X1-L", "eq set: HZ=DB is missing, as in 1000=-6" },
         { "eq set X1-L 1000=-6 2000", "eq set: \"2000\" is not HZ=DB, as in 1000=-6" },
         { "noise set", "noise: what it is to be is missing" },
@@ -91,10 +83,8 @@ TEST(Arguments, AMistakeIsToldInOneSentence)
         { "scan --adapter hci0 --world w.json", "--adapter is about a real radio, and --world about a simulated one" },
         { "scan --adapter hci0 --adapter hci1", "--adapter names one adapter, of which only sim takes several" },
         { "scan --adapter", "--adapter needs a value" },
-        { "scan --adapter --json", "--adapter needs a value" },
         { "scan --adapter hci", "--adapter: \"hci\" is no adapter, such as hci0" },
         { "scan --adapter hci0/dev", "--adapter: \"hci0/dev\" is no adapter, such as hci0" },
-        { "scan --adapter usb0", "--adapter: \"usb0\" is no adapter, such as hci0" },
         { "sim --adapter hci0 --adapter hci0", "--adapter: \"hci0\" is named twice" },
         { "sim --backend sim", "sim: --backend does not go with it, since it serves on real adapters" },
         { "sim X1-L", "sim takes no device: \"X1-L\"" },
@@ -121,7 +111,7 @@ TEST(Arguments, OptionsOfEveryCommandStandBeforeOrAfterIt)
     for (const auto* line : { "--json --both --timeout 2.5 volume set X1 3 --program 1",
              "volume set X1 3 --program 1 --json --both --timeout 2.5",
              "--json volume --program 1 set --timeout 9 X1 --both 3 --timeout=2.5" }) {
-        const auto options = parsed(line);
+        const auto options = optionsOf(line);
         EXPECT_TRUE(options.json && options.both && options.set) << line;
         EXPECT_EQ(options.command, Command::volume) << line;
         EXPECT_EQ(options.device, "X1") << line;
@@ -148,12 +138,12 @@ TEST(Arguments, TheRadioIsTheComputersUnlessAWorldIsNamed)
         { "--adapter hci1 sim --adapter hci0 --world w.json", tool::Backend::bluez, { "hci1", "hci0" } },
     };
     for (const auto& [commandLine, backend, adapters] : cases) {
-        const auto options = parsed(commandLine);
+        const auto options = optionsOf(commandLine);
         EXPECT_EQ(options.backend, backend) << commandLine;
         EXPECT_EQ(options.adapters, adapters) << commandLine;
     }
-    EXPECT_EQ(parsed("volume --adapter hci0 X1-L").device, "X1-L");
-    EXPECT_THAT(parsed("sim --aid X1-R --adapter hci1 --aid X1-L --adapter hci0").aids, ElementsAre("X1-R", "X1-L"));
+    EXPECT_EQ(optionsOf("volume --adapter hci0 X1-L").device, "X1-L");
+    EXPECT_THAT(optionsOf("sim --aid X1-R --adapter hci1 --aid X1-L --adapter hci0").aids, ElementsAre("X1-R", "X1-L"));
 }
 
 TEST(Arguments, TheLastWordIsTheValueAndTheOneBeforeItTheDevice)
@@ -180,7 +170,7 @@ TEST(Arguments, TheLastWordIsTheValueAndTheOneBeforeItTheDevice)
         { "tone stop X1-L", "X1-L", {} },
     };
     for (const auto& [commandLine, device, value] : cases) {
-        const auto options = parsed(commandLine);
+        const auto options = optionsOf(commandLine);
         EXPECT_EQ(options.device, device) << commandLine;
         const auto said = options.on ? std::optional<int>(*options.on) : options.value;
         EXPECT_EQ(said, value) << commandLine;
@@ -215,22 +205,22 @@ TEST(Arguments, AFrameIsGivenWholeOrAsItsParts)
     const Data readVolume = { 0xFE, 0x68, 0x11, 0x02, 0x01, 0x04, 0x80, 0x16 };
     for (const auto* line :
         { "raw fe68110201048016", "raw X1-L FE 68 11 02 01 04 80 16", "raw X1-L 110104", "raw 11 0104" })
-        EXPECT_EQ(tool::frame(parsed(line).frame).toData(), readVolume) << line;
+        EXPECT_EQ(tool::frame(optionsOf(line).frame).toData(), readVolume) << line;
     // 68 + 1D + 03 + AE + 00 + 07 = 13D
-    EXPECT_EQ(tool::frame(parsed("raw 1dae0007").frame).toData(),
+    EXPECT_EQ(tool::frame(optionsOf("raw 1dae0007").frame).toData(),
         (Data{ 0xFE, 0x68, 0x1D, 0x03, 0xAE, 0x00, 0x07, 0x3D, 0x16 }));
-    EXPECT_EQ(parsed("raw 0A:1B:2C:3D:4E:5F 110104").device, "0A:1B:2C:3D:4E:5F");
-    EXPECT_EQ(tool::frame(parsed("raw " + std::string(512, '0')).frame).data->size(), 253U);
+    EXPECT_EQ(optionsOf("raw 0A:1B:2C:3D:4E:5F 110104").device, "0A:1B:2C:3D:4E:5F");
+    EXPECT_EQ(tool::frame(optionsOf("raw " + std::string(512, '0')).frame).data->size(), 253U);
     EXPECT_EQ(refusal({ "raw", std::string(514, '0') }), "frame: a payload of 254 bytes, at most 253 fit");
 }
 
 TEST(Arguments, AFrameForPL3IsGivenWhole)
 {
-    EXPECT_EQ(tool::pl3Request(parsed("raw P3-L 7e 000183").frame),
+    EXPECT_EQ(tool::pl3Request(optionsOf("raw P3-L 7e 000183").frame),
         (PL3Request{ .command = PL3Command::batteryLevel, .read = true }));
-    EXPECT_EQ(tool::pl3Request(parsed("raw P3-L 7e0003007d5e05").frame),
+    EXPECT_EQ(tool::pl3Request(optionsOf("raw P3-L 7e0003007d5e05").frame),
         (PL3Request{ .command = PL3Command::volumeLevel, .data = Data{ 0x7E, 0x05 } }));
-    EXPECT_EQ(tool::pl3Request(parsed("raw 7e00ff13" + std::string(508, 'e')).frame).data->size(), 254U);
+    EXPECT_EQ(tool::pl3Request(optionsOf("raw 7e00ff13" + std::string(508, 'e')).frame).data->size(), 254U);
     struct {
         std::string frame, sentence;
     } const cases[] = {

@@ -7,10 +7,7 @@ TEST(CodecHex, ReadsAsPeopleWriteAndWritesLowerCase)
 {
     expectAnswers({
         { R"({"op":"hex.toBytes","text":"FE68"})", R"({"ok":"fe68"})" },
-        { R"({"op":"hex.toBytes","text":"f, e"})", R"({"ok":"0f0e"})" },
-        { R"({"op":"hex.toBytes","text":"xyz"})", R"({"ok":null})" },
         { R"({"op":"hex.toBytes","text":""})", R"({"ok":null})" },
-        { R"({"op":"hex.toBytes","text":"a\u0000b"})", R"({"ok":"0a0b"})" },
         { R"({"op":"hex.fromBytes","bytes":"0AfF"})", R"({"ok":"0aff"})" },
         { R"({"op":"hex.fromBytes","bytes":""})", R"({"ok":""})" },
     });
@@ -116,6 +113,14 @@ TEST(CodecManuData, IsDecodedWhateverItsLength)
             R"({"ok":{"address":"0A:1B:2C:3D:4E:5F","hearChip":"a16","bleChip":"tiny600","transEnable":false}})" },
         { R"({"op":"manudata.decode","bytes":"fefe0a1b2c3d4e5f8801"})",
             R"({"ok":{"address":"0A:1B:2C:3D:4E:5F","hearChip":"h01","bleChip":"u87","transEnable":true}})" },
+        { R"({"op":"manudata.decode","bytes":"fefe0a1b2c3d4e5f0907"})",
+            R"({"ok":{"address":"0A:1B:2C:3D:4E:5F","hearChip":"unassigned","bleChip":"unassigned","transEnable":false}})" },
+        { R"({"op":"manudata.decode","bytes":"fefeffffffffffff7f0200"})", // neither chip is known, and a byte more
+            R"({"ok":{"address":"FF:FF:FF:FF:FF:FF","hearChip":"a4","bleChip":"u87","transEnable":false}})" },
+        { R"({"op":"manudata.decode","bytes":"fefe0a1b2c3d4e5f88"})", // a byte too short: nor is the flag looked at
+            R"({"ok":{"address":"0A:1B:2C:3D:4E:5F","hearChip":"a4","bleChip":"u87","transEnable":false}})" },
+        { R"({"op":"manudata.decode","bytes":"fefe0a1b2c"})",
+            R"({"ok":{"address":"0A:1B:2C","hearChip":"a4","bleChip":"u87","transEnable":false}})" },
         { R"({"op":"manudata.decode","bytes":""})",
             R"({"ok":{"address":"","hearChip":"a4","bleChip":"u87","transEnable":false}})" },
     });
@@ -153,16 +158,6 @@ TEST(CodecEnum, ListsTheCasesInTheOrderOfTheirDeclaration)
     expectAnswers({
         { R"({"op":"enum","name":"AuriskChip"})",
             R"({"ok":[{"case":"h01","rawValue":1},{"case":"a4","rawValue":0},{"case":"a16","rawValue":6},{"case":"unassigned","rawValue":7}]})" },
-        { R"({"op":"enum","name":"AuriskBLEChip"})",
-            R"({"ok":[{"case":"u87","rawValue":7},{"case":"tiny600","rawValue":8},{"case":"unassigned","rawValue":9}]})" },
-        { R"({"op":"enum","name":"AuriskProgram"})",
-            R"({"ok":[{"case":"normal","rawValue":0},{"case":"restaurant","rawValue":1},{"case":"outdoor","rawValue":2},{"case":"music","rawValue":3}]})" },
-        { R"({"op":"enum","name":"AuriskNoise"})",
-            R"({"ok":[{"case":"off","rawValue":0},{"case":"weak","rawValue":1},{"case":"medium","rawValue":2},{"case":"strong","rawValue":3}]})" },
-        { R"({"op":"enum","name":"AuriskDirection"})",
-            R"({"ok":[{"case":"normal","rawValue":0},{"case":"tv","rawValue":1},{"case":"meeting","rawValue":2},{"case":"face","rawValue":3},{"case":"unknown","rawValue":4}]})" },
-        { R"({"op":"enum","name":"AccessoryOrientation"})",
-            R"({"ok":[{"case":"left","rawValue":2},{"case":"right","rawValue":3},{"case":"unassigned","rawValue":4}]})" },
         { R"({"op":"enum","name":"AuriskProfileType"})",
             R"({"ok":[{"case":"productSeries","rawValue":0},{"case":"productPattern","rawValue":1},)"
             R"({"case":"productHard","rawValue":2},{"case":"productSoft","rawValue":3},{"case":"productSku","rawValue":4},)"

@@ -9,41 +9,34 @@ constexpr auto leftIdentity = R"({"identifier":"5A1D0000-A1D5-4000-8000-0A1B2C3D
 
 TEST_F(Tool, ReadsAndAdjustsAHearingAid)
 {
-    struct {
-        std::string commandLine, text, json;
-    } const cases[] = {
-        { "program X1-L", "program 0", R"("program":0})" },
-        { "program set X1-L 2", "program 2", R"("program":2})" },
-        { "program X1-L", "program 2", R"("program":2})" },
-        { "volume X1-L", "volume 7, program 2", R"("volume":7,"program":2})" },
-        { "volume set X1-L 15", "volume 15, program 2", R"("volume":15,"program":2})" },
-        { "volume set X1-L 0 --program 1", "volume 0, program 1", R"("volume":0,"program":1})" },
-        { "volume X1-L --program 1", "volume 0, program 1", R"("volume":0,"program":1})" },
-        { "volume X1-L", "volume 15, program 2", R"("volume":15,"program":2})" },
-        { "mute X1-L on", "mute on", R"("mute":true})" },
-        { "transparency set X1-L 255", "transparency 255", R"("transLevel":255})" },
-        { "transparency X1-L", "transparency 255", R"("transLevel":255})" },
-        { "bredr X1-L", "BR/EDR off", R"("brEdr":false,"brEdrContinuousIfEnable":false})" },
-        { "bredr X1-L on", "BR/EDR on", R"("brEdr":true,"brEdrContinuousIfEnable":false})" },
-        { "bredr X1-L on --continuous", "BR/EDR on continuously", R"("brEdr":true,"brEdrContinuousIfEnable":true})" },
-        { "bredr X1-L", "BR/EDR on continuously", R"("brEdr":true,"brEdrContinuousIfEnable":true})" },
-        { "battery X1-L", "battery 84 %", R"("bat":84})" },
-        { "orientation set X1-L right", "ear right", R"("orientation":"right"})" },
-        { "orientation X1-L", "ear right", R"("orientation":"right"})" },
-        { "find X1-L --seconds 2", "is audible for 2 s", R"("finding":true,"seconds":2.0})" },
-        { "tone X1-L 1000 --db 40", "plays 1000 Hz at 40 dB for 1 s", R"("freq":1000,"dB":40,"seconds":1.0})" },
-        { "tone X1-L 250 --amp 300 --seconds 0.5", "plays 250 Hz with an amplitude of 300 for 0.5 s",
-            R"("freq":250,"amp":300,"seconds":0.5})" },
-        { "tone supported X1-L", "hearing test yes", R"("hearingSupported":true})" },
-        { "tone base X1-L 4000 --amp 1200", "measures 4000 Hz from amplitude 1200", R"("freq":4000,"amp":1200})" },
-    };
-    for (const auto& [commandLine, text, json] : cases) {
-        EXPECT_EQ(aurisk(commandLine), ExitCode::done) << commandLine;
-        EXPECT_THAT(sink.output, ElementsAre("X1-L  " + text));
-        EXPECT_THAT(sink.errors, IsEmpty());
-        EXPECT_EQ(aurisk(commandLine + " --json"), ExitCode::done) << commandLine;
-        EXPECT_THAT(sink.output, ElementsAre(leftIdentity + json));
-    }
+    expectToSay("X1-L", leftIdentity,
+        {
+            { "program X1-L", "program 0", R"("program":0})" },
+            { "program set X1-L 2", "program 2", R"("program":2})" },
+            { "program X1-L", "program 2", R"("program":2})" },
+            { "volume X1-L", "volume 7, program 2", R"("volume":7,"program":2})" },
+            { "volume set X1-L 15", "volume 15, program 2", R"("volume":15,"program":2})" },
+            { "volume set X1-L 0 --program 1", "volume 0, program 1", R"("volume":0,"program":1})" },
+            { "volume X1-L --program 1", "volume 0, program 1", R"("volume":0,"program":1})" },
+            { "volume X1-L", "volume 15, program 2", R"("volume":15,"program":2})" },
+            { "mute X1-L on", "mute on", R"("mute":true})" },
+            { "transparency set X1-L 255", "transparency 255", R"("transLevel":255})" },
+            { "transparency X1-L", "transparency 255", R"("transLevel":255})" },
+            { "bredr X1-L", "BR/EDR off", R"("brEdr":false,"brEdrContinuousIfEnable":false})" },
+            { "bredr X1-L on", "BR/EDR on", R"("brEdr":true,"brEdrContinuousIfEnable":false})" },
+            { "bredr X1-L on --continuous", "BR/EDR on continuously",
+                R"("brEdr":true,"brEdrContinuousIfEnable":true})" },
+            { "bredr X1-L", "BR/EDR on continuously", R"("brEdr":true,"brEdrContinuousIfEnable":true})" },
+            { "battery X1-L", "battery 84 %", R"("bat":84})" },
+            { "orientation set X1-L right", "ear right", R"("orientation":"right"})" },
+            { "orientation X1-L", "ear right", R"("orientation":"right"})" },
+            { "find X1-L --seconds 2", "is audible for 2 s", R"("finding":true,"seconds":2.0})" },
+            { "tone X1-L 1000 --db 40", "plays 1000 Hz at 40 dB for 1 s", R"("freq":1000,"dB":40,"seconds":1.0})" },
+            { "tone X1-L 250 --amp 300 --seconds 0.5", "plays 250 Hz with an amplitude of 300 for 0.5 s",
+                R"("freq":250,"amp":300,"seconds":0.5})" },
+            { "tone supported X1-L", "hearing test yes", R"("hearingSupported":true})" },
+            { "tone base X1-L 4000 --amp 1200", "measures 4000 Hz from amplitude 1200", R"("freq":4000,"amp":1200})" },
+        });
     const auto& state = aid("X1-L").state();
     EXPECT_EQ(state.program, 2);
     EXPECT_THAT(state.volumes, ElementsAre(8, 0, 15));

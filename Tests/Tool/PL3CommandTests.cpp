@@ -32,25 +32,17 @@ constexpr auto identity = R"({"identifier":"5A1D0000-A1D5-4000-8000-0A1B2C005566
 
 TEST_F(PL3Commands, ReadAndAdjustAHearingAid)
 {
-    struct {
-        std::string commandLine, text, json;
-    } const cases[] = {
-        { "program P3-L", "program 0", R"("program":0})" },
-        { "program set P3-L 2", "program 2", R"("program":2})" },
-        { "program P3-L", "program 2", R"("program":2})" },
-        { "volume P3-L", "volume 6", R"("volume":6})" },
-        { "volume set P3-L 15", "volume 15", R"("volume":15})" },
-        { "volume P3-L", "volume 15", R"("volume":15})" },
-        { "mute P3-L on", "mute on", R"("mute":true})" },
-        { "battery P3-L", "battery 80 %", R"("bat":80})" },
-    };
-    for (const auto& [commandLine, text, json] : cases) {
-        EXPECT_EQ(aurisk(commandLine), ExitCode::done) << commandLine;
-        EXPECT_THAT(sink.output, ElementsAre("P3-L  " + text));
-        EXPECT_THAT(sink.errors, IsEmpty());
-        EXPECT_EQ(aurisk(commandLine + " --json"), ExitCode::done) << commandLine;
-        EXPECT_THAT(sink.output, ElementsAre(identity + json));
-    }
+    expectToSay("P3-L", identity,
+        {
+            { "program P3-L", "program 0", R"("program":0})" },
+            { "program set P3-L 2", "program 2", R"("program":2})" },
+            { "program P3-L", "program 2", R"("program":2})" },
+            { "volume P3-L", "volume 6", R"("volume":6})" },
+            { "volume set P3-L 15", "volume 15", R"("volume":15})" },
+            { "volume P3-L", "volume 15", R"("volume":15})" },
+            { "mute P3-L on", "mute on", R"("mute":true})" },
+            { "battery P3-L", "battery 80 %", R"("bat":80})" },
+        });
     EXPECT_EQ(pl3("P3-L").state().volume, 15);
     EXPECT_TRUE(pl3("P3-L").state().muted);
 

@@ -1,6 +1,7 @@
 #include "Tools/aurisk/SimCommand.h"
 
 #include "Tests/Support/FakeAir.h"
+#include "Tests/Support/Refusal.h"
 #include "Tests/Tool/ToolScenario.h"
 #include "Tools/aurisk/Values.h"
 
@@ -11,7 +12,7 @@ class SimCommand : public ToolScenario {
 protected:
     void serve(const std::string& words, SimulatedWorld world = threeAids())
     {
-        const auto options = std::get<tool::Options>(tool::parseArguments(wordsOf("sim " + words)));
+        const auto options = optionsOf("sim " + words);
         style.json = options.json;
         output.emplace(sink, style);
         serving = tool::Serving::start(
@@ -41,24 +42,17 @@ TEST_F(SimCommand, ServesTheFirstHearingAidsAndOfTwoAPair)
         { "--aid x1-r", { "X1-R" } },
         { "--aid X1-R --aid Solo-L --adapter hci0 --adapter hci1", { "X1-R", "Solo-L" } },
     };
-    const auto optionsOf = [](const std::string& words) {
-        return std::get<tool::Options>(tool::parseArguments(wordsOf("sim " + words)));
-    };
+    const auto servedBy = [&](const std::string& words) { return tool::servedAids(optionsOf("sim " + words), world); };
     for (const auto& [words, names] : rows)
-        EXPECT_EQ(tool::servedAids(optionsOf(words), world), names) << words;
+        EXPECT_EQ(servedBy(words), names) << words;
 
-    const auto refusal = [&](const std::string& words) -> std::string {
-        try {
-            return tool::servedAids(optionsOf(words), world).front();
-        } catch (const tool::UsageError& error) {
-            return error.what();
-        }
-    };
-    EXPECT_EQ(refusal("--aid X2-L"), "sim: the world has no hearing aid called \"X2-L\" (Solo-L, X1-R, X1-L)");
+    const std::string two = "--adapter hci0 --adapter hci1";
+    EXPECT_EQ(refusalOf([&] { servedBy("--aid X2-L"); }),
+        "sim: the world has no hearing aid called \"X2-L\" (Solo-L, X1-R, X1-L)");
     world.aids.pop_back();
-    EXPECT_EQ(refusal("--adapter hci0 --adapter hci1"), "Solo-L") << "no pair: the first two";
+    EXPECT_EQ(servedBy(two).front(), "Solo-L") << "no pair: the first two";
     world.aids.pop_back();
-    EXPECT_EQ(refusal("--adapter hci0 --adapter hci1"), "sim: the world has 1 hearing aid(s) for 2 adapter(s)");
+    EXPECT_EQ(refusalOf([&] { servedBy(two); }), "sim: the world has 1 hearing aid(s) for 2 adapter(s)");
 }
 
 TEST_F(SimCommand, SaysWhoCanBeHeardAndWhoIsConnected)

@@ -28,6 +28,11 @@ inline Lines wordsOf(const std::string& line)
     return { std::istream_iterator<std::string>(stream), {} };
 }
 
+inline tool::Options optionsOf(const std::string& line)
+{
+    return std::get<tool::Options>(tool::parseArguments(wordsOf(line)));
+}
+
 /// Keeps what a run writes.
 class RecordingSink final : public tool::Sink {
 public:
@@ -113,6 +118,21 @@ protected:
     {
         beginWords(words);
         return end();
+    }
+
+    /// A command line, what it says after the name of the hearing aid, and in JSON after its identity.
+    struct Said {
+        std::string commandLine, text, json;
+    };
+    void expectToSay(const std::string& name, const std::string& identity, const std::vector<Said>& rows)
+    {
+        for (const auto& [commandLine, text, json] : rows) {
+            EXPECT_EQ(aurisk(commandLine), ExitCode::done) << commandLine;
+            EXPECT_THAT(sink.output, ElementsAre(name + "  " + text));
+            EXPECT_THAT(sink.errors, IsEmpty());
+            EXPECT_EQ(aurisk(commandLine + " --json"), ExitCode::done) << commandLine;
+            EXPECT_THAT(sink.output, ElementsAre(identity + json));
+        }
     }
 
     void after(double seconds) { queue.advance(Seconds(seconds)); }

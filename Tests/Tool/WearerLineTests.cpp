@@ -1,5 +1,6 @@
 #include "Tools/aurisk/WearerLine.h"
 
+#include "Tests/Support/Refusal.h"
 #include "Tests/Tool/ToolScenario.h"
 #include "Tools/aurisk/Values.h"
 
@@ -9,19 +10,8 @@
 namespace aurisk::tests {
 namespace {
 
-using tool::UsageError;
 using tool::WearerLine;
 using Kind = Fault::Kind;
-
-std::string refusalOf(const std::function<void()>& work)
-{
-    try {
-        work();
-    } catch (const UsageError& error) {
-        return error.what();
-    }
-    return "accepted";
-}
 
 TEST(AWearersLine, NamesWhoseItIsAndWhatIsDone)
 {

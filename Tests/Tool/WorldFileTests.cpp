@@ -1,5 +1,6 @@
 #include "Tools/aurisk/WorldFile.h"
 
+#include "Tests/Support/Refusal.h"
 #include "Tests/Tool/TemporaryPath.h"
 #include "Tests/Tool/ToolScenario.h"
 #include "Tools/aurisk/Values.h"
@@ -31,12 +32,7 @@ protected:
 
     std::string refusal(bool begin = false) const
     {
-        try {
-            tool::WorldFile(path, begin);
-        } catch (const tool::UsageError& error) {
-            return error.what();
-        }
-        return "accepted";
+        return refusalOf([&] { tool::WorldFile(path, begin); });
     }
 
     std::string content() const

@@ -138,21 +138,6 @@ TEST_F(ChipVariant, OtherChipsSendTheWriteAlone)
     EXPECT_EQ(aid->dspDic().at(2), AuriskDsp(AuriskA4Dsp()));
 }
 
-TEST_F(ChipVariant, BlocksAreThoseOfItsChip)
-{
-    const auto aid = connected<AuriskA4Accessory>(0x00);
-    const auto block = "02 00 00 00 00 00 00 00 00 00 00 00"_bytes;
-    answers = { reply(0x91, 0x01, 0x03, block), reply(0x91, 0x05, 0x03, Data(9, 0x11)) };
-    aid->request(AuriskRequest::readDsp{ .program = 1 });
-    aid->request(AuriskRequest::readGlobalDsp{ .chip = AuriskChip::a4 });
-    EXPECT_EQ(aid->numberOfProgram(), std::nullopt);
-    afterAllTimeOuts();
-    EXPECT_THAT(aid->dspDic(), ElementsAre(std::pair(1, AuriskDsp(AuriskA4Dsp(block)))));
-    EXPECT_EQ(aid->global(), AuriskGlobalDsp(AuriskA4GlobalDsp(Data(9, 0x11))));
-    EXPECT_EQ(aid->numberOfProgram(), 0); // bits 22 and 23
-    EXPECT_EQ(aid->dsp(), std::nullopt); // the current program is not known
-}
-
 TEST_F(ChipVariant, BlockThatDoesNotDecodeLeavesWhatIsKnownAndALine)
 {
     const auto aid = connected<AuriskA16Accessory>(0x06);
@@ -267,21 +252,6 @@ TEST_F(Log, ReplyWithoutPayloadAddsNothingAndFailsNothing)
     fetch({ reply(0x91, 0, 6, words(114)), without, reply(0x91, 2, 6), reply(0x91, 3, 6, words(114)) });
     ASSERT_TRUE(fetched[0]);
     EXPECT_EQ(fetched[0]->CRC, 0x71706F6EU); // from byte 110 of the second
-}
-
-TEST_F(Log, IsNoneWhereOneFrameFails)
-{
-    const auto good = reply(0x91, 0, 6, words(80));
-    for (const auto& bad : { Data{}, reply(0xD1, 1, 6), reply(0x91, 1, 4, { 3 }) })
-        for (std::size_t frame = 0; frame < 4; ++frame) {
-            fetched.clear();
-            heard.clear();
-            std::vector<Data> given(4, good);
-            given[frame] = bad;
-            fetch(given);
-            EXPECT_EQ(fetched.at(0), std::nullopt);
-            EXPECT_THAT(heard, SizeIs(4)); // the others are asked for all the same
-        }
 }
 
 TEST_F(Log, IsNoneWithoutAConnection)

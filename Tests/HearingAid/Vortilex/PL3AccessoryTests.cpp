@@ -7,7 +7,6 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
-#include <random>
 
 namespace aurisk::tests {
 namespace {
@@ -15,7 +14,6 @@ namespace {
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Pair;
 using Lines = std::vector<std::string>;
 
 class PL3AccessoryState : public testing::Test, public PL3AccessoryDelegate {
@@ -68,39 +66,6 @@ TEST_F(PL3AccessoryState, IsZeroUntilTheDeviceSaysSomething)
     EXPECT_EQ(PL3Cache::of(one), PL3Cache());
     EXPECT_EQ(PL3Accessory::getValueAsUInt8({}), 0);
     EXPECT_EQ(PL3Accessory::getValueAsUInt8("07 08"_bytes), 7);
-}
-
-TEST_F(PL3AccessoryState, FollowsWhatTheDeviceSays)
-{
-    givenAConnection();
-    const auto& one = *aid.accessory;
-    aid.notifies("7E 00 01 00 09"_bytes);
-    aid.notifies("7E 00 01 03 64"_bytes);
-    aid.notifies("7E 00 02 07 AA BB"_bytes);
-    aid.notifies("7E 00 01 01 02"_bytes);
-    aid.notifies("7E 00 05 06 01 02 03 04 05"_bytes);
-    aid.notifies("7E 00 10 07 01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F 10"_bytes);
-    aid.notifies("7E 00 01 07 11"_bytes); // takes the place of the whole block
-    for (const auto command : "08 09 0A 0B"_bytes)
-        aid.notifies(Data{ 0x7E, 0x00, 0x01, command, command });
-    for (const auto command : "02 04 05 0C 0F 13 14 15 7F"_bytes) // nothing is kept of these
-        aid.notifies(Data{ 0x7E, 0x00, 0x01, command, 0x55 });
-    aid.notifies("7E 00 00 00"_bytes);
-    EXPECT_EQ(one.volume(), 0);
-    EXPECT_EQ(one.battery(), 100);
-    EXPECT_EQ(one.program(), 2);
-    EXPECT_THAT(one.bandEQ(), ElementsAre(Pair(2, PL3BandEQ("01 02 03 04 05"_bytes))));
-    EXPECT_EQ(one.bandEQ().at(2).eq2000, 5);
-    EXPECT_THAT(one.compRatio(), ElementsAre(Pair(0, PL3CompRatio("AA BB"_bytes)), Pair(2, PL3CompRatio("11"_bytes))));
-    EXPECT_THAT(one.compTime(), ElementsAre(Pair(2, PL3CompTime("08"_bytes))));
-    EXPECT_THAT(one.compThreshold(), ElementsAre(Pair(2, PL3CompThreshold("09"_bytes))));
-    EXPECT_THAT(one.mpoConfig(), ElementsAre(Pair(2, PL3MpoConfig("0A"_bytes))));
-    EXPECT_THAT(one.inputSetting(), ElementsAre(Pair(2, PL3InputSettings("0B"_bytes))));
-    const auto lines = take();
-    EXPECT_EQ(lines.size(), 21U); // each of them was told
-    EXPECT_EQ(lines[0], "notified volumeLevel [9 0 0]");
-    EXPECT_EQ(lines[3], "notified program [9 2 100]");
-    EXPECT_EQ(lines[19], "notified unknown [9 2 100]");
 }
 
 TEST_F(PL3AccessoryState, FollowsAnswersAndWritesBeforeTheyAreTold)
@@ -196,31 +161,6 @@ TEST_F(PL3AccessoryState, StaysAsItWasThroughAMalformedAdvertisement)
     EXPECT_EQ(one.orientation(), AccessoryOrientation::left);
     EXPECT_EQ(one.manufacturerId(), 1);
     EXPECT_EQ(one.modelName(), "2");
-}
-
-TEST_F(PL3AccessoryState, HoldsAfterAMillionGarbageNotificationsWhatTheirBytesName)
-{
-    setPreconditionPolicy(PreconditionPolicy::contain);
-    givenAConnection();
-    aid.accessory->setDataDelegate({});
-    std::mt19937 random{ 1 };
-    Data garbage(100'000);
-    for (auto& byte : garbage)
-        byte = random() % 16 == 0 ? 0x7E : static_cast<std::uint8_t>(random());
-    PL3Cache expected;
-    for (int i = 1; i <= 1'000'000; ++i) {
-        const auto bytes = DataView(garbage).subspan(random() % 99'000, random() % 41);
-        ReceivedAgain frame;
-        frame.take(bytes);
-        expected.keep(frame.command, frame.payload);
-        aid.notifies(bytes);
-        const auto& one = *aid.accessory;
-        ASSERT_TRUE(
-            one.volume() == expected.volume && one.program() == expected.program && one.battery() == expected.battery)
-            << ask_hexadecimal(bytes);
-        ASSERT_TRUE(i % 100'000 != 0 || PL3Cache::of(one) == expected);
-    }
-    setPreconditionPolicy(PreconditionPolicy::stop);
 }
 
 } // namespace

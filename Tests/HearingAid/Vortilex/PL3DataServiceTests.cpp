@@ -120,6 +120,7 @@ TEST_F(PL3Service, HoldsRequestsBackUntilItsSubscriptionChanges)
     service->didUpdateNotificationStateForCharacteristic(characteristic, anError); // any change will do
     after(0.2s);
     EXPECT_THAT(written(), ElementsAre("7e000181"));
+    arrives(std::nullopt); // no value: nothing
     arrives("7E 00 01 01 02"_bytes);
     after(0.2s);
     EXPECT_THAT(written(), ElementsAre("7e000183"));
@@ -151,131 +152,6 @@ TEST_F(PL3Service, WritesAFrameInPiecesOf20BytesBackToBack)
     confirmed(); // of nothing
     after(4s);
     EXPECT_THAT(take(), ElementsAre("350 finished program", "350 => program 7d"));
-}
-
-TEST_F(PL3Service, TakesTheFirstNotificationForTheAnswerToARead)
-{
-    givenASubscription();
-    const std::pair<Data, const char*> values[] = {
-        { "7E 00 03 03 64 7D 5E 01"_bytes, "batteryLevel 647e01" },
-        { "7E 00 01 95 07"_bytes, "unknown 07" }, // 15 with the read flag
-        { "7E 00 01 14 07"_bytes, "unknown 07" },
-        { "7E 00 01 FF 07"_bytes, "unknown 07" },
-        { "7E 00 00 11"_bytes, "clearBLEBondList " },
-        { "01 02"_bytes, "volumeLevel " },
-        { Data(), "volumeLevel " },
-    };
-    for (const auto& [value, answer] : values) {
-        read(PL3Command::program);
-        after(0.1s);
-        arrives(std::nullopt); // no value: nothing
-        arrives(value);
-        after(0s);
-        EXPECT_THAT(take(), ElementsAre(HasSubstr("finished program"), HasSubstr("=> " + std::string(answer))));
-    }
-}
-
-TEST_F(PL3Service, TellsItsDelegateOfNotificationsThatAnswerNothing)
-{
-    givenASubscription();
-    arrives("7E 00 01 00 01"_bytes); // nothing is asked
-    write(PL3Command::program, "02"_bytes);
-    after(0.1s);
-    arrives("7E 00 01 01 02"_bytes); // a write waits
-    confirmed();
-    read(PL3Command::volumeLevel);
-    after(0.05s);
-    arrives("7E 00 01 00 03"_bytes); // in the pause before the read is sent
-    after(0.05s);
-    arrives("7E 00 01 00 04"_bytes);
-    arrives("7E 00 01 00 05"_bytes); // right behind the answer
-    after(0s);
-    EXPECT_THAT(take(),
-        ElementsAre("0 notified volumeLevel 01", "100 notified program 02", "100 finished program", "100 => program 02",
-            "150 notified volumeLevel 03", "200 notified volumeLevel 05", "200 finished volumeLevel",
-            "200 => volumeLevel 04"));
-    read(PL3Command::program);
-    after(3.1s);
-    arrives("7E 00 01 01 06"_bytes); // after the time-out
-    EXPECT_THAT(take(), ElementsAre("3300 finished program", "3300 => timeout", "3300 notified program 06"));
-}
-
-TEST_F(PL3Service, EndsAWriteWithItsOwnConfirmationAlone)
-{
-    givenASubscription();
-    write(PL3Command::bandEQs, Data(30)); // two pieces
-    after(0.15s);
-    confirmed();
-    read(PL3Command::bandEQs);
-    after(0.1s);
-    arrives("7E 00 01 06 01"_bytes);
-    write(PL3Command::program, "01"_bytes);
-    after(0.1s);
-    take();
-    confirmed(); // the first write's second piece
-    confirmed(); // the read
-    after(0.1s);
-    EXPECT_THAT(take(), IsEmpty());
-    after(2.9s);
-    EXPECT_THAT(take(), ElementsAre("3350 finished program", "3350 => timeout"));
-    confirmed(); // the write, after its time-out
-    write(PL3Command::program, "02"_bytes);
-    after(3.1s);
-    EXPECT_THAT(take(), ElementsAre("6450 finished program", "6450 => timeout"));
-    write(PL3Command::program, "03"_bytes);
-    after(0.1s);
-    confirmed(); // of 02, which is none of 03's
-    after(0.1s);
-    EXPECT_THAT(take(), IsEmpty());
-    confirmed();
-    after(0s);
-    EXPECT_THAT(take(), ElementsAre("6650 finished program", "6650 => program 03"));
-}
-
-TEST_F(PL3Service, NamesNoReasonForAWriteThatTheDeviceRefuses)
-{
-    givenASubscription();
-    write(PL3Command::bandEQs, Data(30));
-    after(0.1s);
-    confirmed(anError);
-    confirmed(anError); // its second piece
-    read(PL3Command::program);
-    after(0.1s);
-    confirmed(anError); // a read is left to its answer
-    after(0.1s);
-    EXPECT_THAT(take(), ElementsAre("100 finished bandEQs", "100 => unknown"));
-    arrives("7E 00 01 01 02"_bytes);
-    after(0s);
-    EXPECT_THAT(take(), ElementsAre("300 finished program", "300 => program 02"));
-}
-
-TEST_F(PL3Service, ForgetsALostConfirmationAfter30Seconds)
-{
-    givenASubscription();
-    write(PL3Command::program, "01"_bytes); // sent at 0.1 s, and never confirmed
-    after(29.9s);
-    take();
-    write(PL3Command::program, "02"_bytes);
-    after(0.1s);
-    confirmed(); // still counts as the first one's
-    after(0s);
-    EXPECT_THAT(take(), IsEmpty());
-    after(30.2s); // now 02 is the one that was lost
-    take();
-    write(PL3Command::program, "03"_bytes);
-    after(0.1s);
-    confirmed();
-    after(0s);
-    EXPECT_THAT(take(), ElementsAre("60300 finished program", "60300 => program 03"));
-
-    write(PL3Command::program, "04"_bytes); // sent at 60.4 s, and never confirmed
-    after(29.9s);
-    take();
-    write(PL3Command::program, "05"_bytes);
-    after(0.3s);
-    confirmed(); // by now the lost one is forgotten
-    after(0s);
-    EXPECT_THAT(take(), ElementsAre("90500 finished program", "90500 => program 05"));
 }
 
 TEST_F(PL3Service, GivesUpThreeSecondsAfterASending)

@@ -2,7 +2,6 @@
 
 #include "AuriskSDK/HearingAid/Vortilex/PL3Accessory.h"
 #include "AuriskSDK/Platform/Manual/ManualDispatchQueue.h"
-#include "Tests/HearingAid/Vortilex/SecondReceiver.h"
 #include "Tests/Support/PL3Cache.h"
 #include "Tests/Support/PlayedAid.h"
 #include "Tests/Support/StubPeripheral.h"

@@ -75,36 +75,6 @@ TEST_F(MessageHandler, WaitsForEverWhereARequestHasNoTimeOut)
     EXPECT_THAT(take(), ElementsAre("100 sent 1"));
 }
 
-TEST_F(MessageHandler, GivesALateReplyToTheRequestThatIsOnTheAirByThen)
-{
-    handler->launch();
-    excute(1);
-    excute(2);
-    after(3.3s);
-    handler->excuted(10); // the reply to 1
-    after(0s);
-    EXPECT_THAT(take(), ElementsAre("100 sent 1", "3100 result of 1: nil", "3200 sent 2", "3300 result of 2: 10"));
-}
-
-TEST_F(MessageHandler, DropsRepliesThatFindNothingOnTheAirAndSaysSo)
-{
-    handler->launch();
-    EXPECT_FALSE(handler->excuted(5)); // nothing was ever asked for
-    excute(1);
-    excute(2);
-    after(0.05s);
-    EXPECT_FALSE(handler->excuted(6)); // 1 waits out its pause
-    after(0.1s);
-    EXPECT_TRUE(handler->excuted(7));
-    EXPECT_FALSE(handler->excuted(8)); // the same reply twice
-    after(0.05s);
-    EXPECT_FALSE(handler->excuted(9)); // 2 waits out its pause
-    after(3.05s);
-    EXPECT_FALSE(handler->excuted(10)); // 2 has timed out
-    after(10s);
-    EXPECT_THAT(take(), ElementsAre("100 sent 1", "150 result of 1: 7", "250 sent 2", "3250 result of 2: nil"));
-}
-
 TEST_F(MessageHandler, TellsAReplyBeforeTheSendingFromOneAfterItEvenAtOneInstant)
 {
     handler->launch();
@@ -117,32 +87,6 @@ TEST_F(MessageHandler, TellsAReplyBeforeTheSendingFromOneAfterItEvenAtOneInstant
     queue.asyncAfter(0.1s, [this] { handler->excuted(7); });
     after(4s);
     EXPECT_THAT(take(), ElementsAre("4100 sent 2", "4100 result of 2: 7"));
-}
-
-TEST_F(MessageHandler, IsNotFooledByTheTimerOfAnEarlierSending)
-{
-    handler->launch();
-    excute(1);
-    after(3.05s);
-    handler->excuted(10); // just in time: the timer of 1 fires at 3.1 s, while 2 waits
-    excute(2);
-    after(0.1s);
-    EXPECT_THAT(take(), ElementsAre("100 sent 1", "3050 result of 1: 10", "3150 sent 2"));
-    after(2.9s);
-    EXPECT_THAT(take(), IsEmpty());
-    after(0.1s);
-    EXPECT_THAT(take(), ElementsAre("6150 result of 2: nil"));
-}
-
-TEST_F(MessageHandler, TakesWhateverComesFirstWhenReplyAndTimeOutMeet)
-{
-    handler->launch();
-    excute(1);
-    excute(2);
-    queue.asyncAfter(3.1s, [this] { handler->excuted(10); });
-    after(3.1s);
-    after(0.2s);
-    EXPECT_THAT(take(), ElementsAre("100 sent 1", "3100 result of 1: 10", "3200 sent 2"));
 }
 
 TEST_F(MessageHandler, LetsTheRequestOnTheAirEndWhileItPauses)

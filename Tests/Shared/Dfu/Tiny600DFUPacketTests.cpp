@@ -2,7 +2,6 @@
 
 #include "AuriskSDK/Platform/Manual/ManualDispatchQueue.h"
 #include "AuriskSDK/Shared/Utils/AuriskLog.h"
-#include "AuriskSDK/Shared/Utils/PreconditionPolicy.h"
 #include "Tests/Support/Bytes.h"
 #include "Tests/Support/Stops.h"
 #include "Tests/Support/StubPeripheral.h"
@@ -131,71 +130,9 @@ TEST_F(UpdatePackets, CarryTheImageInTurnAndReportEachPercentOnce)
     EXPECT_FALSE(packets->isDecided());
 }
 
-TEST_F(UpdatePackets, WrapTheirNumberAtSixteenBits)
+TEST_F(UpdatePackets, TellWhatBluetoothFailsAtAndHearNoOtherCharacteristic)
 {
-    const auto image = zeros(65537);
-    std::vector<std::string> numbers;
-    for (const std::uint32_t sequence : { 65535U, 65536U, 65537U }) {
-        const auto frame = Tiny600DFUFrame::packet(*image, 11, sequence, sequence - 1);
-        numbers.push_back(ask_hexadecimal(DataView(frame).subspan(6, 2)));
-    }
-    EXPECT_THAT(numbers, ElementsAre("ffff", "0000", "0100"));
-}
-
-TEST_F(UpdatePackets, CountEveryAcknowledgementAsThePacketUnderWay)
-{
-    const auto image = zeros(25);
-    sendStart(*image);
-    sendNext(*image);
-    arrives(taken);
-    EXPECT_EQ(packets->seqSent(), 2U);
-    arrives(taken); // twice
-    EXPECT_EQ(packets->seqSent(), 3U);
-    EXPECT_EQ(packets->bytesSent(), 20U);
-    sendNext(*image);
-    EXPECT_THAT(peripheral->take().back(), HasSubstr("fe681d0991020300"));
-    take();
-    arrives(taken);
-    arrives(taken); // beyond the image: nothing is complete a second time
-    EXPECT_EQ(packets->bytesSent(), 30U);
-    EXPECT_THAT(take(), ElementsAre(HasSubstr("complete"), HasSubstr("100 %"), "taken", HasSubstr("120 %")));
-}
-
-TEST_F(UpdatePackets, DropAcknowledgementsThatNoPacketCanHaveHad)
-{
-    setPreconditionPolicy(PreconditionPolicy::contain);
-    arrives(taken); // of nothing
-    sendStart(*zeros(1));
-    sendNext(*zeros(1));
-    arrives(taken);
-    arrives(taken);
-    EXPECT_THAT(take(), testing::Contains(HasSubstr("200 %")));
-    arrives(taken); // 300 % is more than a percentage can be
-    arrives(Data{});
-    EXPECT_THAT(take(), IsEmpty());
-    EXPECT_EQ(packets->bytesSent(), 2U);
-    setPreconditionPolicy(PreconditionPolicy::stop);
-}
-
-TEST_F(UpdatePackets, TurnEachAnswerIntoWhatItMeans)
-{
-    const std::pair<Data, const char*> rows[] = {
-        { "00 FE 68 9D 03 91 01 12 AC 16"_bytes, "error 16: init failure" },
-        { "00 FE 68 9D 03 91 01 14 AE 16"_bytes, "error 17: Disk is not enough" },
-        { "00 FE 68 9D 03 91 02 16 B1 16"_bytes, "error 18: recv_pkg_seq_failure" },
-        { "00 FE 68 9D 03 91 03 18 B4 16"_bytes, "error 15: crc error" },
-        { "00 FE 68 9D 03 91 03 1A B6 16"_bytes, "error 19: boot write failed" },
-        { "00 FE 68 DD 03 91 03 1A F6 16"_bytes, "error 19: boot write failed" },
-        { "00 FE 68 DD 03 91 03 19 F5 16"_bytes, "error 11: Unsupported response received: 0x00fe68dd03910319f516" },
-        { "00 FE 68 9D 02 91 02 9A 16"_bytes, "error 11: Unsupported response received: 0x00fe689d0291029a16" },
-        { "12"_bytes, "error 11: Unsupported response received: 0x12" },
-    };
-    for (const auto& [value, expected] : rows) {
-        sendStart(*zeros(25));
-        arrives(value);
-        queue.advance(0.2s);
-        EXPECT_THAT(take(), ElementsAre(expected));
-    }
+    sendStart(*zeros(25));
     const BluetoothError error{ "test", 1, "no" };
     arrives(std::nullopt, error);
     EXPECT_THAT(take(), ElementsAre("error 10: Receiving notification failed"));

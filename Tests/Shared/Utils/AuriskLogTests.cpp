@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <map>
 #include <sstream>
 #include <thread>
 #include <utility>
@@ -126,16 +125,6 @@ TEST(AuriskLog, IsSilentUntilItIsSwitchedOn)
 TEST(AuriskLog, PrintsLinesWhetherItIsOnOrOff)
 {
     EXPECT_EQ(outputOf([] { printLine("Observers for value: 0"); }), "Observers for value: 0\n");
-}
-
-TEST(LogLevel, HasALetterForEachOfTheseNumbersAndNoOther)
-{
-    std::map<int, std::string_view> found;
-    for (int rawValue = -1; rawValue < 100; ++rawValue)
-        if (const auto level = fromRawValue<LogLevel>(rawValue))
-            found.emplace(rawValue, name(*level));
-    EXPECT_THAT(
-        found, ElementsAre(Pair(0, "D"), Pair(1, "V"), Pair(5, "I"), Pair(10, "A"), Pair(15, "W"), Pair(20, "E")));
 }
 
 } // namespace

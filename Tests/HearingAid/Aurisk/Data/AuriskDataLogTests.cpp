@@ -1,8 +1,5 @@
 #include "AuriskSDK/HearingAid/Aurisk/Data/AuriskDataLog.h"
 
-#include "Tests/Support/Bytes.h"
-#include "Tests/Support/Stops.h"
-
 #include <gmock/gmock.h>
 
 namespace aurisk::tests {
@@ -51,28 +48,6 @@ TEST(AuriskSummaryDataLog, IsNoneWhereBytesAreMissing)
     EXPECT_EQ(AuriskSummaryDataLog::decode(Data(227)), std::nullopt);
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
         "Failed to initialize AuriskSummaryDataLog because the data.count is less than 228\n");
-}
-
-TEST(DataLogs, AreReadByOneFrameABlock)
-{
-    const struct {
-        AuriskDataLogType type;
-        std::size_t count;
-        Data first, last;
-    } cases[] = {
-        { AuriskDataLogType::summary, 4, "FE 68 11 02 00 06 81 16"_bytes, "FE 68 11 02 03 06 84 16"_bytes },
-        { AuriskDataLogType::userEvent, 40, "FE 68 11 02 10 06 91 16"_bytes, "FE 68 11 02 37 06 B8 16"_bytes },
-        { AuriskDataLogType::loopGain, 20, "FE 68 11 02 60 06 E1 16"_bytes, "FE 68 11 02 73 06 F4 16"_bytes },
-    };
-    for (const auto& [type, count, first, last] : cases) {
-        const auto frames = rawDataArray(type);
-        ASSERT_EQ(frames.size(), count);
-        EXPECT_EQ(frames.front().toData(), first);
-        EXPECT_EQ(frames.back().toData(), last);
-        for (std::size_t i = 1; i < count; ++i)
-            EXPECT_EQ(*frames[i].di0, *frames[i - 1].di0 + 1);
-    }
-    EXPECT_NE(stopOf([] { return rawDataArray(AuriskDataLogType::feedback); }), std::nullopt);
 }
 
 } // namespace

@@ -5,8 +5,6 @@
 
 #include <gmock/gmock.h>
 
-#include <numeric>
-
 namespace aurisk::tests {
 namespace {
 
@@ -87,48 +85,6 @@ TEST(AuriskRawData, StopsAtAnEmptyValueAndAtASizeThatNoFrameCanHave)
     EXPECT_THAT(
         stopOf([] { return AuriskRawData::parse("00 FE 68 91 FA 01 04 06 07 16"_bytes); }), Optional(HasSubstr("250")));
     EXPECT_EQ(AuriskRawData::parse("00 FE 68 91 F9 01 04 06 07 16"_bytes), std::nullopt);
-}
-
-/// A received value of `length` bytes after the first, with that size byte and a checksum that fits it.
-Data received(std::size_t length, std::uint8_t size)
-{
-    Data bytes{ 0x00, 0xFE, 0x68, 0x91, size };
-    bytes.resize(length + 1, 0x5A);
-    bytes[length - 1] = static_cast<std::uint8_t>(std::accumulate(&bytes[2], &bytes[length - 1], 0));
-    bytes[length] = 0x16;
-    return bytes;
-}
-
-TEST(AuriskRawData, IsOneOnlyWhereTheSizeSaysHowLongItIs)
-{
-    for (std::size_t length = 6; length < 265; ++length)
-        for (unsigned size = 0; size < 256; ++size) {
-            const auto bytes = received(length, static_cast<std::uint8_t>(size));
-            std::optional<AuriskRawData> frame;
-            const auto stop = stopOf([&] { return frame = AuriskRawData::parse(bytes); });
-            ASSERT_EQ(stop.has_value(), size >= 250) << length << " bytes, size " << size;
-            ASSERT_EQ(frame.has_value(), size < 250 && length == size + 6) << length << " bytes, size " << size;
-            if (frame && size >= 2) {
-                ASSERT_EQ(frame->toData(), Data(bytes.begin() + 1, bytes.end())) << "size " << size;
-            }
-        }
-}
-
-TEST(AuriskRawData, IsNoneWithAnyByteChanged)
-{
-    // The sum of the first: 68 + 91 + 08 + FF + 04 + 02 + 05 + 06 + FF + 00 + 80 = 390.
-    for (const auto& good :
-        { "00 FE 68 91 08 FF 04 02 05 06 FF 00 80 90 16"_bytes, "00 FE 68 94 02 02 03 03 16"_bytes }) {
-        ASSERT_TRUE(AuriskRawData::parse(good));
-        for (std::size_t i = 1; i < good.size(); ++i)
-            for (unsigned change = 1; change < 256; ++change) {
-                auto bad = good;
-                bad[i] = static_cast<std::uint8_t>(bad[i] ^ change);
-                std::optional<AuriskRawData> frame;
-                static_cast<void>(stopOf([&] { return frame = AuriskRawData::parse(bad); }));
-                ASSERT_EQ(frame, std::nullopt) << "byte " << i << " changed by " << change;
-            }
-    }
 }
 
 } // namespace

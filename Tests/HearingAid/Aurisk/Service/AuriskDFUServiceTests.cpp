@@ -19,7 +19,7 @@ using Properties = CBCharacteristicProperties;
 
 const auto spaceEnough = "00 FE 68 9D 03 91 01 13 AD 16"_bytes, taken = "00 FE 68 9D 03 91 02 15 B0 16"_bytes,
            crcSuccess = "00 FE 68 9D 03 91 03 17 B3 16"_bytes, crcFailure = "00 FE 68 9D 03 91 03 18 B4 16"_bytes,
-           bootOk = "00 FE 68 9D 03 91 03 19 B5 16"_bytes, bootFailure = "00 FE 68 9D 03 91 03 1A B6 16"_bytes;
+           bootOk = "00 FE 68 9D 03 91 03 19 B5 16"_bytes;
 
 /// An application and a device, the latter played by hand.
 class UpdateService : public testing::Test, public DFUServiceDelegate, public DFUProgressDelegate {
@@ -167,81 +167,6 @@ TEST_F(UpdateService, StartsAgainAfterAFailureOnlyOnceItWasAborted)
     service->abort();
     start();
     EXPECT_THAT(take(), ElementsAre("11", "1"));
-}
-
-TEST_F(UpdateService, HearsNothingOnceAborted)
-{
-    service->abort(); // before anything: nobody is there to be told
-    givenCharacteristics();
-    start();
-    subscribed();
-    service->abort();
-    subscribed();
-    arrives(spaceEnough);
-    queue.advance(1s);
-    EXPECT_THAT(take(), ElementsAre("1", "2", "11"));
-    EXPECT_THAT(peripheral->take(), testing::SizeIs(3)); // characteristics, subscribe, start
-}
-
-TEST_F(UpdateService, AbortedWhileItWaitsForTheCharacteristicsTellsNobody)
-{
-    start();
-    service->abort();
-    givenCharacteristics();
-    queue.advance(1s);
-    EXPECT_THAT(take(), IsEmpty());
-    start();
-    EXPECT_THAT(take(), ElementsAre("1"));
-}
-
-TEST_F(UpdateService, KeepsTheLateOutcomeOfOneUpdateFromTheNext)
-{
-    for (const auto& outcome : { bootOk, bootFailure }) {
-        service = AuriskDFUService::create("AE3A", peripheral, gatt);
-        givenCharacteristics();
-        start();
-        subscribed();
-        for (const auto& answer : { spaceEnough, taken, taken, crcSuccess, outcome })
-            arrives(answer);
-        service->abort();
-        start();
-        take();
-        bootsSoon();
-        EXPECT_THAT(take(), IsEmpty());
-    }
-}
-
-TEST_F(UpdateService, FailsWhenTheLinkGoesUnlessTheDeviceHasDecided)
-{
-    const auto lost = "error 10 Receiving notification failed";
-    const std::pair<std::vector<Data>, std::vector<std::string>> rows[] = {
-        { {}, { lost } },
-        { { spaceEnough, taken }, { lost } },
-        { { spaceEnough, taken, taken, crcSuccess }, { lost } },
-        { { bootOk }, { lost } }, // which decides nothing yet
-        { { spaceEnough, bootOk }, { lost, "6" } },
-        { { spaceEnough, taken, taken, crcSuccess, bootOk }, { "10" } },
-        { { spaceEnough, taken, taken, crcSuccess, bootFailure }, { "error 19 boot write failed" } },
-    };
-    for (const auto& [answersBefore, expected] : rows) {
-        service = AuriskDFUService::create("AE3A", peripheral, gatt);
-        givenCharacteristics();
-        start();
-        subscribed();
-        for (const auto& answer : answersBefore)
-            arrives(answer);
-        take();
-        service->didDisconnect(std::nullopt);
-        bootsSoon();
-        EXPECT_EQ(take(), expected);
-        service->abort();
-        take();
-        service->didDisconnect(std::nullopt);
-        EXPECT_THAT(take(), IsEmpty());
-    }
-    service = AuriskDFUService::create("AE3A", peripheral, gatt);
-    service->didDisconnect(std::nullopt);
-    EXPECT_THAT(take(), IsEmpty());
 }
 
 TEST_F(UpdateService, NeedsAnImage)

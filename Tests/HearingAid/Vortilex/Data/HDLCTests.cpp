@@ -1,13 +1,10 @@
 #include "AuriskSDK/HearingAid/Vortilex/Data/HDLC.h"
 
 #include "AuriskSDK/Shared/Utils/HexToData.h"
-#include "Tests/HearingAid/Vortilex/SecondReceiver.h"
 #include "Tests/Support/Bytes.h"
 #include "Tests/Support/Stops.h"
 
 #include <gmock/gmock.h>
-
-#include <random>
 
 namespace aurisk::tests {
 namespace {
@@ -173,6 +170,13 @@ TEST(PL3Frame, IsReceivedWithALengthThatDoesNotCountTheCommand)
         EXPECT_EQ(frame.rcvdCommand(), command) << ask_hexadecimal(bytes);
         EXPECT_EQ(frame.rcvdPayload(), payload) << ask_hexadecimal(bytes);
     }
+    auto longest = "7E FF FF 05"_bytes; // the count of payload bytes is 16 bits wide
+    longest.resize(4 + 65535, 0x5A);
+    for (const auto byte : "7E FF FF 06 01 02"_bytes)
+        longest.push_back(byte);
+    CHDLC frame;
+    frame.parse(longest);
+    EXPECT_EQ(frame.rcvdPayload(), "01 02"_bytes);
 }
 
 TEST(PL3Frame, IsNotPutTogetherFromSeveralNotifications)
@@ -192,37 +196,6 @@ TEST(PL3Frame, IsNotPutTogetherFromSeveralNotifications)
         inPieces.parse(Data{ byte });
     EXPECT_EQ(inPieces.rcvdLength(), 0x5E00);
     EXPECT_EQ(inPieces.rcvdPayload(), Data());
-}
-
-TEST(PL3Frame, IsReceivedAsASecondReceiverReceivesIt)
-{
-    std::mt19937 random{ 1 };
-    const auto below = [&](std::size_t limit) { return random() % limit; };
-    const auto common = "7D 7E 00 01 02 03 5D 5E"_bytes;
-    for (int trial = 0; trial < 2000; ++trial) {
-        CHDLC frame;
-        ReceivedAgain expected;
-        for (int call = 0; call < 4; ++call) {
-            Data bytes(below(trial % 10 == 0 ? 600 : 24));
-            for (auto& byte : bytes)
-                byte = below(3) > 0 ? common[below(common.size())] : static_cast<std::uint8_t>(below(256));
-            if (below(4) > 0 && !bytes.empty())
-                bytes[0] = 0x7E;
-            frame.parse(bytes);
-            expected.take(bytes);
-            ASSERT_EQ(frame.rcvdLength(), expected.length) << ask_hexadecimal(bytes);
-            ASSERT_EQ(frame.rcvdCommand(), expected.command) << ask_hexadecimal(bytes);
-            ASSERT_EQ(frame.rcvdPayload(), expected.payload) << ask_hexadecimal(bytes);
-        }
-    }
-    // The count of payload bytes is 16 bits wide.
-    auto longest = "7E FF FF 05"_bytes;
-    longest.resize(4 + 65535, 0x5A);
-    for (const auto byte : "7E FF FF 06 01 02"_bytes)
-        longest.push_back(byte);
-    CHDLC frame;
-    frame.parse(longest);
-    EXPECT_EQ(frame.rcvdPayload(), "01 02"_bytes);
 }
 
 TEST(PL3Frame, IsReadFromText)

@@ -1,5 +1,4 @@
 #include "AuriskSDK/HearingAid/Vortilex/Data/PL3DeviceSettings.h"
-#include "AuriskSDK/HearingAid/Vortilex/Data/PL3ManuData.h"
 #include "AuriskSDK/HearingAid/Vortilex/PL3Accessory.h"
 #include "Tests/Support/Bytes.h"
 #include "Tests/Support/Stops.h"
@@ -57,25 +56,6 @@ TEST(PL3Blocks, AreSixteenBytesInTheOrderOfTheirFields)
 TEST(PL3Blocks, ShowTheirValuesAsFittersKnowThem)
 {
     using Show = std::string_view (*)(std::uint8_t);
-    const struct {
-        Show show;
-        std::uint8_t value;
-        const char* expected;
-    } cases[] = {
-        { PL3CompTime::description, 0, "B:3,120" },
-        { PL3CompTime::description, 3, "B:50,300; F:3,50" },
-        { PL3CompTime::description, 5, "B:100,2000; F:3,100" },
-        { PL3CompTime::description, 8, "B:400,15000; F:3,100; R:24 dB,600" },
-        { PL3CompRatio::description, 0, "1 : 1" },
-        { PL3CompRatio::description, 15, "1.60 : 1" },
-        { PL3CompRatio::description, 19, "1.9 : 1" },
-        { PL3CompRatio::description, 30, "4 : 1" },
-        { PL3CompRatio::description, 35, "8 : 1" },
-        { PL3MpoConfig::description, 0, "Off" },
-        { PL3MpoConfig::description, 1, "0 dB" },
-    };
-    for (const auto& [show, value, expected] : cases)
-        EXPECT_EQ(show(value), expected);
     for (std::uint8_t n = 0; n < 32; ++n)
         EXPECT_EQ(PL3CompThreshold::description(n), std::to_string(20 + 2 * n) + " dB SPL");
     for (std::uint8_t n = 2; n < 16; ++n)
@@ -86,45 +66,6 @@ TEST(PL3Blocks, ShowTheirValuesAsFittersKnowThem)
     for (const auto& table : sizes)
         for (const std::uint8_t beyond : { table.second, std::uint8_t{ 255 } })
             EXPECT_THAT(stopOf([&] { return table.first(beyond); }), Optional(HasSubstr(std::to_string(beyond))));
-}
-
-TEST(PL3ManuData, NamesTheEarTheManufacturerAndTheModel)
-{
-    using enum AccessoryOrientation;
-    const struct {
-        Data bytes;
-        AccessoryOrientation orientation;
-        int manufacturerId;
-        const char* modelName;
-    } cases[] = {
-        { "C6 03 02 34 12 78 56"_bytes, left, 0x1234, "22136" },
-        { "C6 03 03 00 00 00 00"_bytes, right, 0, "0" },
-        { "C6 03 00 FF FF FF FF 01 02"_bytes, unassigned, 65535, "65535" },
-        { "C6 03 04 01 00 0A 00"_bytes, unassigned, 1, "10" },
-        { "C6 03 FF 00 01 00 01"_bytes, unassigned, 256, "256" },
-    };
-    for (const auto& [bytes, orientation, manufacturerId, modelName] : cases) {
-        const PL3ManuData data(bytes);
-        EXPECT_EQ(data.orientation, orientation);
-        EXPECT_EQ(data.manufacturerId, manufacturerId);
-        EXPECT_EQ(data.modelName, modelName);
-    }
-    for (std::size_t size = 0; size < 7; ++size)
-        EXPECT_THAT(stopOf([&] { return PL3ManuData(Data(size)); }), Optional(HasSubstr(std::to_string(size))));
-}
-
-TEST(PL3Command, IsOneOfTwentyOne)
-{
-    const std::pair<int, std::string_view> names[] = { { 0, "Volume Level" }, { 9, "Comp Treshold" },
-        { 14, "Streaming Status " }, { 17, "Clear BLE Bond List" }, { 18, "?????" }, { 19, "?????" }, { 20, "?????" } };
-    for (const auto& [raw, expected] : names)
-        EXPECT_EQ(name(fromRawValue<PL3Command>(raw).value()), expected);
-    EXPECT_EQ(rawValue(PL3Command::muteUnmute), 15);
-    EXPECT_EQ(rawValue(PL3Command::unknown), 20);
-    EXPECT_EQ(fromRawValue<PL3Command>(21), std::nullopt);
-    EXPECT_EQ(fromRawValue<PL3DeviceSettings>(10), PL3DeviceSettings::algorithmVersionMajor);
-    EXPECT_EQ(fromRawValue<PL3DeviceSettings>(11), PL3DeviceSettings::unknown);
-    EXPECT_EQ(fromRawValue<PL3DeviceSettings>(12), std::nullopt);
 }
 
 } // namespace

@@ -1,15 +1,29 @@
-#include "Fuzz/SecondDecoder.h"
+#pragma once
 
-namespace aurisk::fuzz {
+#include "AuriskSDK/HearingAid/Aurisk/Data/AuriskResult.h"
 
-namespace {
+#include <optional>
+
+namespace aurisk::tests {
+
+/// The rules of what a hearing aid sends, written a second time, so that an error in the library's decoder cannot hide
+/// behind itself.
+struct SecondDecoding {
+    enum class Kind { noFrame, stop, result };
+
+    Kind kind = Kind::noFrame; ///< stop: taking the value apart breaks a precondition
+    std::optional<AuriskRawData> frame = {}; ///< there where the value is one, also where its contents stop
+    std::optional<AuriskResult> result = {};
+};
+
+namespace again {
 
 using Kind = SecondDecoding::Kind;
 using Response = AuriskResponse;
 
 struct Stop { };
 
-std::uint8_t sumOf(DataView bytes)
+inline std::uint8_t sumOf(DataView bytes)
 {
     unsigned sum = 0;
     for (const auto byte : bytes)
@@ -17,7 +31,7 @@ std::uint8_t sumOf(DataView bytes)
     return std::uint8_t(sum);
 }
 
-Kind kindOf(DataView received)
+inline Kind kindOf(DataView received)
 {
     if (received.empty())
         return Kind::stop;
@@ -31,14 +45,14 @@ Kind kindOf(DataView received)
     return isWhole ? Kind::result : Kind::noFrame;
 }
 
-int at(const Data& payload, std::size_t index)
+inline int at(const Data& payload, std::size_t index)
 {
     if (index >= payload.size())
         throw Stop();
     return payload[index];
 }
 
-Response readReply(const AuriskRawData& frame)
+inline Response readReply(const AuriskRawData& frame)
 {
     const auto& v = *frame.data;
     const auto di0 = *frame.di0, di1 = *frame.di1;
@@ -63,7 +77,7 @@ Response readReply(const AuriskRawData& frame)
     return Response::didRequest{ .data = frame };
 }
 
-Response auxiliaryReply(const AuriskRawData& frame)
+inline Response auxiliaryReply(const AuriskRawData& frame)
 {
     const auto& v = *frame.data;
     if (frame.di0 == 0x39 && frame.di1 == 0x05)
@@ -77,7 +91,7 @@ Response auxiliaryReply(const AuriskRawData& frame)
     return Response::didRequest{ .data = frame };
 }
 
-Response notification(const AuriskRawData& frame)
+inline Response notification(const AuriskRawData& frame)
 {
     const int program = *frame.di0;
     if (program == 0)
@@ -86,7 +100,7 @@ Response notification(const AuriskRawData& frame)
     return Response::didNotify{ .program = program - 1, .volume = volume };
 }
 
-AuriskResult resultOf(const AuriskRawData& frame)
+inline AuriskResult resultOf(const AuriskRawData& frame)
 {
     using Error = AuriskResultError;
     const bool isBare = !frame.di0;
@@ -104,12 +118,12 @@ AuriskResult resultOf(const AuriskRawData& frame)
     }
 }
 
-} // namespace
+} // namespace again
 
-SecondDecoding decodeAgain(DataView received)
+inline SecondDecoding decodeAgain(DataView received)
 {
-    SecondDecoding decoded{ .kind = kindOf(received) };
-    if (decoded.kind != Kind::result)
+    SecondDecoding decoded{ .kind = again::kindOf(received) };
+    if (decoded.kind != SecondDecoding::Kind::result)
         return decoded;
     AuriskRawData frame{ .cmd = received[3] };
     if (const auto size = received[4]; size >= 2) {
@@ -121,23 +135,24 @@ SecondDecoding decodeAgain(DataView received)
     }
     decoded.frame = frame;
     try {
-        decoded.result = resultOf(frame);
-    } catch (const Stop&) {
-        decoded.kind = Kind::stop;
+        decoded.result = again::resultOf(frame);
+    } catch (const again::Stop&) {
+        decoded.kind = SecondDecoding::Kind::stop;
     }
     return decoded;
 }
 
-Data frameAround(std::uint8_t command, DataView body)
+/// A received value that is a valid frame: the byte in front, FE 68, command, size, `body`, sum, 16.
+inline Data frameAround(std::uint8_t command, DataView body)
 {
     Data value;
     value.reserve(body.size() + 7);
     for (const auto byte : { 0x00, 0xFE, 0x68, int(command), int(body.size()) })
         value.push_back(std::uint8_t(byte));
     value.insert(value.end(), body.begin(), body.end());
-    value.push_back(sumOf(DataView(value).subspan(2)));
+    value.push_back(again::sumOf(DataView(value).subspan(2)));
     value.push_back(0x16);
     return value;
 }
 
-} // namespace aurisk::fuzz
+} // namespace aurisk::tests
