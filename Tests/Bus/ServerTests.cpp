@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 namespace aurisk::bluez {
 namespace {
 
@@ -28,11 +30,26 @@ struct ServerRecorder final : GattServerDelegate {
     std::vector<std::string> heard;
 };
 
-/// The daemon keeps the services over that, and will not take them twice.
-TEST(AServerOnAPlayedBus, StartsThoughTheRadioIsSwitchedWhileItRegisters)
-{
+class AServerOnAPlayedBus : public testing::Test {
+protected:
+    void begin() { server = servers->makeGattServer({ .adapter = "hci0", .name = "X1-L" }, recorder); }
+
+    bool hears(const std::string& line)
+    {
+        const auto& heard = recorder->heard;
+        return until([&] { return std::find(heard.begin(), heard.end(), line) != heard.end(); }, Seconds(15));
+    }
+
     PrivateBus bus;
     PlayedDaemon daemon;
+    std::shared_ptr<ServerRecorder> recorder = std::make_shared<ServerRecorder>();
+    std::shared_ptr<GattServerPlatform> servers = makeGattServerPlatform();
+    std::shared_ptr<GattServer> server;
+};
+
+/// The daemon keeps the services over that, and will not take them twice.
+TEST_F(AServerOnAPlayedBus, StartsThoughTheRadioIsSwitchedWhileItRegisters)
+{
     bool isRegistered = false;
     daemon.on["RegisterApplication"] = [&](const BusRequest& request) {
         if (std::exchange(isRegistered, true))
@@ -41,22 +58,15 @@ TEST(AServerOnAPlayedBus, StartsThoughTheRadioIsSwitchedWhileItRegisters)
         daemon.setPower(true);
         daemon.answer(request);
     };
-    const auto recorder = std::make_shared<ServerRecorder>();
-    const auto servers = makeGattServerPlatform();
-    const auto server = servers->makeGattServer({ .adapter = "hci0", .name = "X1-L" }, recorder);
-    EXPECT_TRUE(until([&] { return !recorder->heard.empty() && recorder->heard.back() == "started"; }, Seconds(15)))
-        << testing::PrintToString(recorder->heard) << testing::PrintToString(daemon.calls);
+    begin();
+    EXPECT_TRUE(hears("started")) << testing::PrintToString(daemon.calls);
 }
 
 /// As the real one does in some of its starts.
-TEST(AServerOnAPlayedBus, StartsThoughTheAdapterIsAnnouncedPieceByPiece)
+TEST_F(AServerOnAPlayedBus, StartsThoughTheAdapterIsAnnouncedPieceByPiece)
 {
-    PrivateBus bus;
-    PlayedDaemon daemon;
     const auto whole = std::exchange(daemon.objects[PlayedDaemon::hci0], {});
-    const auto recorder = std::make_shared<ServerRecorder>();
-    const auto servers = makeGattServerPlatform();
-    const auto server = servers->makeGattServer({ .adapter = "hci0", .name = "X1-L" }, recorder);
+    begin();
     ASSERT_TRUE(daemon.isCalled("GetManagedObjects /"));
     for (const auto& [interface, properties] : whole) {
         daemon.catchUp();
@@ -71,31 +81,22 @@ TEST(AServerOnAPlayedBus, StartsThoughTheAdapterIsAnnouncedPieceByPiece)
 }
 
 /// Its answer came too late, as where the process had been stopped.
-TEST(AServerOnAPlayedBus, AdvertisesThoughTheDaemonHasItsAdvertisementAlready)
+TEST_F(AServerOnAPlayedBus, AdvertisesThoughTheDaemonHasItsAdvertisementAlready)
 {
-    PrivateBus bus;
-    PlayedDaemon daemon;
-    const auto recorder = std::make_shared<ServerRecorder>();
-    const auto servers = makeGattServerPlatform();
-    const auto server = servers->makeGattServer({ .adapter = "hci0", .name = "X1-L" }, recorder);
+    begin();
     daemon.on["RegisterAdvertisement"] = [&](const BusRequest& request) {
         daemon.refuse(request, { "org.bluez.Error.AlreadyExists", "Already Exists" });
         daemon.on.clear();
     };
     server->advertise(CBAdvertisementData{ .localName = "X1-L" });
-    EXPECT_TRUE(
-        until([&] { return !recorder->heard.empty() && recorder->heard.back() == "advertising"; }, Seconds(10)));
+    EXPECT_TRUE(hears("advertising"));
     EXPECT_THAT(recorder->heard, ElementsAre("started", "advertising"));
     EXPECT_EQ(daemon.count("UnregisterAdvertisement /org/bluez/hci0"), 1);
 }
 
-TEST(AServerOnAPlayedBus, LeavesNothingWithTheDaemonWhenItIsStoppedWhileItRegisters)
+TEST_F(AServerOnAPlayedBus, LeavesNothingWithTheDaemonWhenItIsStoppedWhileItRegisters)
 {
-    PrivateBus bus;
-    PlayedDaemon daemon;
-    const auto recorder = std::make_shared<ServerRecorder>();
-    const auto servers = makeGattServerPlatform();
-    const auto server = servers->makeGattServer({ .adapter = "hci0", .name = "X1-L" }, recorder);
+    begin();
     daemon.on["RegisterApplication"] = [&](const BusRequest& request) { daemon.hold(request); };
     ASSERT_TRUE(daemon.isCalled("RegisterApplication /org/bluez/hci0"));
     server->stop([] {});
@@ -107,17 +108,13 @@ TEST(AServerOnAPlayedBus, LeavesNothingWithTheDaemonWhenItIsStoppedWhileItRegist
 }
 
 /// One adapter may play an aid, and have headphones.
-TEST(AServerOnAPlayedBus, TakesOnlyThoseForCentralsThatMayHaveComeForIt)
+TEST_F(AServerOnAPlayedBus, TakesOnlyThoseForCentralsThatMayHaveComeForIt)
 {
-    PrivateBus bus;
-    PlayedDaemon daemon;
     const auto headphones = daemon.addAid("Headphones", 1), host = daemon.addAid("Host", 2);
     daemon.objects[headphones][interface::device]["Class"] = std::uint32_t(0x240404);
-    const auto recorder = std::make_shared<ServerRecorder>();
-    const auto servers = makeGattServerPlatform();
-    const auto server = servers->makeGattServer({ .adapter = "hci0", .name = "X1-L" }, recorder);
+    begin();
     server->advertise(CBAdvertisementData{ .localName = "X1-L" });
-    ASSERT_TRUE(until([&] { return recorder->heard.size() == 2; }, Seconds(10)));
+    ASSERT_TRUE(hears("advertising"));
     for (const auto& device : { headphones, host })
         daemon.setLink(device, true);
     daemon.catchUp();

@@ -27,9 +27,10 @@ public:
 /// queue (Platform/Asio/MainQueue.h). It starts no thread and blocks for nothing; everything is called, and told, on
 /// the main queue.
 ///
-/// The radio's state is unsupported without a daemon or adapter, resetting for up to 5 s after one has gone,
-/// unauthorized where the bus denies access; each change is told whenever it happens, so that a host can begin before
-/// the daemon does. With `showPowerAlert` an adapter that is off is powered on.
+/// The radio's state is unsupported without a daemon or adapter, for which a daemon that has just begun has 2 s;
+/// resetting for up to 5 s after one has gone; unauthorized where the bus denies access; each change is told whenever
+/// it happens, so that a host can begin before the daemon does. With `showPowerAlert` an adapter that is off is powered
+/// on.
 ///
 /// A device's identifier is made of its address, and the same in every run. It changes with the address where a device
 /// that is not bonded uses addresses that change. Its name is the one that the daemon knows; where the device holds
