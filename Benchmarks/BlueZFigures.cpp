@@ -21,7 +21,7 @@ namespace {
 
 using namespace aurisk;
 
-constexpr int advertisements = 1000, roundTrips = 500, imageSize = 65536;
+constexpr int advertisements = 1000, roundTrips = 1500, imageSize = 65536;
 
 const CBUUID requestService(0xAE30), requestCharacteristic(0xAE01), replyCharacteristic(0xAE02);
 const Data readVolume{ 0xFE, 0x68, 0x11, 0x02, 0x01, 0x04, 0x80, 0x16 };

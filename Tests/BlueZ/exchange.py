@@ -11,7 +11,7 @@ import time
 ADDRESS = "00:AA:01:01:00:01"
 # Each service's characteristics to write to and to hear from.
 REQUESTS, UPDATE = ("ae01", "ae02"), ("ae3b", "ae3c")
-ADVERTISEMENTS, ROUND_TRIPS, IMAGE_SIZE = 1000, 500, 65536
+ADVERTISEMENTS, ROUND_TRIPS, IMAGE_SIZE = 1000, 1500, 65536
 LONGEST_FRAME, FRAME_AROUND_IMAGE = 261, 10
 
 

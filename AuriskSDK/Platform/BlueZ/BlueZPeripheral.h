@@ -117,6 +117,7 @@ private:
     bool isBatteryLate() const;
     void makeServices();
     void makeCharacteristics(const std::shared_ptr<CBService>& service) const;
+    void writeCommand(const Characteristic& characteristic, DataView value, const MaybeError& problem);
     bool has(const std::shared_ptr<CBService>& service) const;
     bool uses(const std::string& path) const;
     Characteristic mine(const std::shared_ptr<CBCharacteristic>& characteristic) const;

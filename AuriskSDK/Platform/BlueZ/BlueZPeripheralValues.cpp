@@ -19,6 +19,11 @@ using Properties = CBCharacteristicProperties;
 /// the link with it.
 constexpr Seconds operationLimit{ 35 };
 
+BusValues argumentsOf(DataView value, const char* type)
+{
+    return { Data(value.begin(), value.end()), BusDictionary{ { "type", type } } };
+}
+
 } // namespace
 
 // Operations: the daemon does one at a time for a characteristic, and the attribute protocol one for a link
@@ -31,14 +36,14 @@ void BlueZPeripheral::enqueue(std::function<void(BlueZPeripheral&)> operation)
 
 void BlueZPeripheral::beginNext()
 {
-    if (_isOperating)
-        return;
-    if (_operations.empty())
-        return disconnect();
-    const auto operation = std::move(_operations.front());
-    _operations.pop_front();
-    _isOperating = true;
-    operation(*this);
+    while (!_isOperating && !_operations.empty()) {
+        const auto operation = std::move(_operations.front());
+        _operations.pop_front();
+        _isOperating = true;
+        operation(*this);
+    }
+    if (!_isOperating)
+        disconnect();
 }
 
 void BlueZPeripheral::operationDidEnd()
@@ -183,26 +188,35 @@ void BlueZPeripheral::writeValue(
         problem = bluezError(ErrorCode::tooLong,
             fmt::format("A write of {} bytes is longer than the {} that the connection to {} carries.", value.size(),
                 most, label()));
-    const auto told = [characteristic, isAnswered](BlueZPeripheral& self, const MaybeError& error) {
-        if (isAnswered)
-            self.tell(&Delegate::peripheralDidWriteValueFor, characteristic, error);
-        else if (error)
-            AuriskLog::log(error->localizedDescription);
-    };
+    if (!isAnswered)
+        return writeCommand(one, value, problem);
+    const auto event = &Delegate::peripheralDidWriteValueFor;
     if (problem) // which is told in its turn
-        return enqueue([told, problem](BlueZPeripheral& self) {
-            DispatchQueue::main().async(self.inThisConnection([told, problem](BlueZPeripheral& me) {
+        return enqueue([=](BlueZPeripheral& self) {
+            DispatchQueue::main().async(self.inThisConnection([=](BlueZPeripheral& me) {
                 const auto connection = me._connection;
-                told(me, problem);
+                me.tell(event, characteristic, problem);
                 if (me._connection == connection)
                     me.operationDidEnd();
             }));
         });
+    enqueue([=, arguments = argumentsOf(value, "request")](BlueZPeripheral& self) {
+        self.callCharacteristic(one, "WriteValue", arguments, [=](BlueZPeripheral& me, const BusReply& reply) {
+            me.tell(event, characteristic, me.errorOf("writing to", *one, reply));
+        });
+    });
+}
 
-    const BusDictionary options{ { "type", isAnswered ? "request" : "command" } };
-    enqueue([one, told, options, bytes = Data(value.begin(), value.end())](BlueZPeripheral& self) {
-        self.callCharacteristic(one, "WriteValue", { bytes, options },
-            [one, told](auto& me, const BusReply& reply) { told(me, me.errorOf("writing to", *one, reply)); });
+/// Nobody is told what becomes of it, so the daemon is not asked either: its answer would say no more than that it has
+/// it, and the bus keeps the order.
+void BlueZPeripheral::writeCommand(const Characteristic& characteristic, DataView value, const MaybeError& problem)
+{
+    if (problem)
+        return AuriskLog::log(problem->localizedDescription);
+    enqueue([characteristic, arguments = argumentsOf(value, "command")](BlueZPeripheral& self) {
+        self.objects().call(
+            characteristic->path, interface::characteristic, "WriteValue", arguments, operationLimit, nullptr);
+        self._isOperating = false; // and the next one may begin
     });
 }
 

@@ -85,7 +85,6 @@ void Discovery::start()
                     AuriskLog::log("the scan does not start: " + started.error->message);
                     return me.retryLater();
                 }
-                me._lastHeard = Seconds(0);
                 me.watch();
                 me.become(State::on);
             });
@@ -111,12 +110,12 @@ void Discovery::stop()
 /// Restarts the scan where it hears nobody for as long as the patience lasts.
 void Discovery::watch()
 {
-    const auto began = DispatchQueue::main().now();
-    DispatchQueue::main().asyncAfter(_patience, [weak = weak_from_this(), watch = ++_watch, began] {
+    _hasHeard = false;
+    DispatchQueue::main().asyncAfter(_patience, [weak = weak_from_this(), watch = ++_watch] {
         const auto self = weak.lock();
         if (!self || self->_watch != watch)
             return;
-        if (self->_lastHeard < began)
+        if (!self->_hasHeard)
             return self->didLoseEars();
         self->_patience = patienceOnceHeard;
         self->watch();

@@ -27,7 +27,7 @@ public:
     void resume();
 
     /// An advertisement has been heard.
-    void didHear() { _lastHeard = DispatchQueue::main().now(); }
+    void didHear() { _hasHeard = true; }
 
 private:
     enum class State { off, refused, starting, on, stopping };
@@ -53,7 +53,7 @@ private:
     int _spell = 0; ///< counts what makes answers and timers void: the radio's changes
     int _watch = 0; ///< counts the watches, the last of which counts
     Seconds _patience{ 0 }; ///< of the watch
-    Seconds _lastHeard{ 0 };
+    bool _hasHeard = false; ///< since the watch began
 };
 
 } // namespace aurisk::bluez
