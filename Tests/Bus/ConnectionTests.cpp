@@ -243,6 +243,37 @@ TEST_F(AHostOnAPlayedBus, HearsValuesOfASubscriptionThatSucceededAtTheSecondTry)
     EXPECT_TRUE(hears("value AE02 07"));
 }
 
+TEST_F(AHostOnAPlayedBus, WaitsForTheAnswersToThoseWritesAloneThatAskForOne)
+{
+    using enum CBCharacteristicWriteType;
+    const auto left = addAid("L"), path = left + "/service0/char0";
+    daemon.objects[path][interface::characteristic]["Flags"]
+        = std::vector<std::string>{ "write", "write-without-response" };
+    givenAConnectedAid();
+    const auto aid = peripheral("L");
+    aid->setDelegate(recorder);
+    aid->discoverServices();
+    ASSERT_TRUE(hears("services AE30"));
+    aid->discoverCharacteristics(aid->services().front());
+    ASSERT_TRUE(hears("characteristics of AE30: AE02/12"));
+    recorder->take();
+    Data arrived;
+    daemon.on["WriteValue"] = [&](const BusRequest& request) {
+        arrived.push_back(bluez::find<Data>(request.arguments, 0)->front());
+        daemon.hold(request);
+    };
+    const auto characteristic = aid->services().front()->characteristics().front();
+    for (const auto byte : Data{ 1, 2, 3, 4 })
+        aid->writeValue(Data{ byte }, characteristic, byte == 3 ? withResponse : withoutResponse);
+    ASSERT_TRUE(until([&] { return arrived.size() == 3; }, 10s));
+    daemon.catchUp();
+    EXPECT_THAT(arrived, ElementsAre(1, 2, 3));
+    EXPECT_THAT(recorder->heard, IsEmpty());
+    daemon.answer(daemon.held.back());
+    EXPECT_TRUE(hears("written AE02"));
+    EXPECT_TRUE(until([&] { return arrived.size() == 4; }, 10s));
+}
+
 TEST_F(AHostOnAPlayedBus, LeavesALinkAsItIsWhenAnotherCentralGivesItsAttemptUp)
 {
     const auto left = addAid("L");
