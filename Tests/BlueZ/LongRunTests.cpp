@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iostream>
 
+#include <malloc.h>
 #include <unistd.h>
 
 namespace aurisk::tests {
@@ -16,14 +17,16 @@ constexpr auto busName = "org.freedesktop.DBus", busPath = "/org/freedesktop/DBu
 
 struct Footprint {
     long residentKilobytes = 0;
+    long heapBytes = 0; ///< in use
     long descriptors = 0;
     long connections = 0; ///< to the bus
     long matchRules = 0; ///< of all of them
 
     friend std::ostream& operator<<(std::ostream& out, const Footprint& one)
     {
-        return out << one.residentKilobytes << " KB, " << one.descriptors << " descriptors, " << one.connections
-                   << " bus connections, " << one.matchRules << " match rules";
+        return out << one.residentKilobytes << " KB, of them " << one.heapBytes << " bytes of heap in use, "
+                   << one.descriptors << " descriptors, " << one.connections << " bus connections, " << one.matchRules
+                   << " match rules";
     }
 };
 
@@ -68,6 +71,7 @@ Footprint measure(Bus& bus)
     long pages = 0;
     std::ifstream("/proc/self/statm") >> pages >> pages;
     footprint.residentKilobytes = pages * sysconf(_SC_PAGESIZE) / 1024;
+    footprint.heapBytes = long(mallinfo2().uordblks);
     for ([[maybe_unused]] const auto& one : std::filesystem::directory_iterator("/proc/self/fd"))
         ++footprint.descriptors;
     bus.measure(footprint);
@@ -104,6 +108,7 @@ TEST_F(AHost, LeavesNothingBehindHoweverOftenItConnects)
     EXPECT_EQ(last.connections, first.connections);
     EXPECT_EQ(last.matchRules, first.matchRules);
     EXPECT_LE(last.residentKilobytes, first.residentKilobytes + 256);
+    EXPECT_LE(last.heapBytes, first.heapBytes + 16 * 1024);
 }
 
 } // namespace
