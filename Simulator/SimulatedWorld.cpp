@@ -158,6 +158,8 @@ SimulatedWorld SimulatedWorld::load(const std::filesystem::path& path)
     } catch (const nlohmann::json::parse_error& error) {
         const auto end = text.begin() + std::ptrdiff_t(std::min(error.byte, text.size()));
         failAt(path.string(), fmt::format("is no JSON (line {})", 1 + std::count(text.begin(), end, '\n')));
+    } catch (const nlohmann::json::exception&) {
+        failAt(path.string(), "holds a number that is too large");
     } catch (const SimulatedWorldError& error) {
         failAt(path.string(), error.what());
     }

@@ -89,6 +89,13 @@ protected:
         daemon.calls.clear();
     }
 
+    void discoverServices()
+    {
+        peripheral("L")->setDelegate(recorder);
+        peripheral("L")->discoverServices();
+        ASSERT_TRUE(hears("services AE30"));
+    }
+
     PrivateBus bus;
     PlayedDaemon daemon;
     std::map<std::string, std::string> aids; ///< the path of each

@@ -134,10 +134,7 @@ TEST_F(AHostOnAPlayedBus, EndsAConnectionWhoseServicesHaveChanged)
 {
     const auto left = addAid("L");
     givenAConnectedAid();
-    const auto aid = peripheral("L");
-    aid->setDelegate(recorder);
-    aid->discoverServices();
-    ASSERT_TRUE(hears("services AE30"));
+    discoverServices();
     recorder->take();
     daemon.remove(left + "/service0/char0"); // which nobody has asked for
     daemon.catchUp();
@@ -224,9 +221,7 @@ TEST_F(AHostOnAPlayedBus, HearsValuesOfASubscriptionThatSucceededAtTheSecondTry)
     const auto left = addAid("L");
     givenAConnectedAid();
     const auto aid = peripheral("L");
-    aid->setDelegate(recorder);
-    aid->discoverServices();
-    ASSERT_TRUE(hears("services AE30"));
+    discoverServices();
     aid->discoverCharacteristics(aid->services().front());
     ASSERT_TRUE(hears("characteristics of AE30: AE02/18"));
     recorder->take();
@@ -251,9 +246,7 @@ TEST_F(AHostOnAPlayedBus, WaitsForTheAnswersToThoseWritesAloneThatAskForOne)
         = std::vector<std::string>{ "write", "write-without-response" };
     givenAConnectedAid();
     const auto aid = peripheral("L");
-    aid->setDelegate(recorder);
-    aid->discoverServices();
-    ASSERT_TRUE(hears("services AE30"));
+    discoverServices();
     aid->discoverCharacteristics(aid->services().front());
     ASSERT_TRUE(hears("characteristics of AE30: AE02/12"));
     recorder->take();

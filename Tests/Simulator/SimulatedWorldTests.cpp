@@ -233,6 +233,8 @@ TEST_F(AWorldFile, SaysWhatIsWrongWithIt)
     EXPECT_EQ(refusalOf(loading), path.string() + ": cannot be read: No such file or directory");
     write("{\n\"aids\": ");
     EXPECT_EQ(refusalOf(loading), path.string() + ": is no JSON (line 2)");
+    write("{ \"aids\": 1e999 }");
+    EXPECT_EQ(refusalOf(loading), path.string() + ": holds a number that is too large");
     EXPECT_EQ(refusalOf([&] { SimulatedWorld::load(folder); }), folder.string() + ": cannot be read: Is a directory");
     write("{ \"aids\": [7] }");
     EXPECT_EQ(refusalOf(loading), path.string() + ": aids[0]: must be an object");

@@ -114,6 +114,7 @@ TEST_F(ToolSettingsFile, AFileThatDoesNotFitChangesNobody)
     } const cases[] = {
         { "", "is no JSON (line 1)" },
         { "{\n\"aurisk\": 1,\n]", "is no JSON (line 3)" },
+        { "{ \"aurisk\": 1e999 }", " holds a number that is too large" },
         { "[]", ": a list is no object" },
         { "{}", "member \"aurisk\": missing" },
         { with("/aurisk/format", "global"), "member \"aurisk.format\": \"global\" is not \"dsp\"" },

@@ -48,6 +48,8 @@ nlohmann::json parsed(const std::string& path)
     } catch (const nlohmann::json::parse_error& error) {
         const auto end = text.begin() + std::ptrdiff_t(std::min(error.byte, text.size()));
         throw UsageError(fmt::format("{} is no JSON (line {})", nameOf(path), 1 + std::count(text.begin(), end, '\n')));
+    } catch (const nlohmann::json::exception&) {
+        throw UsageError(nameOf(path) + " holds a number that is too large");
     }
 }
 

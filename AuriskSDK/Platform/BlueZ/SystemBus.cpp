@@ -92,8 +92,10 @@ struct SystemBus::Library {
             self.fail(systemError(result));
         else
             wait(); // before anything is told, by which the loop may be run
+        auto& owner = self; // this has gone where whoever is told runs the loop, which tells of a loss
         for (const auto& tell : std::exchange(told, {}))
-            tell(self);
+            if (owner._library)
+                tell(owner);
     }
 
     void wait()
