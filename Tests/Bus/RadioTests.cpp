@@ -64,6 +64,29 @@ TEST_F(AHostOnAPlayedBus, EndsAndFindsLinksThatAKilledDaemonHasLeftThoughTheyAre
     EXPECT_EQ(daemon.count("Disconnect " + right), 0) << "that one is none of ours";
 }
 
+/// It may never have been heard, and is silent from now on.
+TEST_F(AHostOnAPlayedBus, FindsAnAidThatAnotherProgramConnectsToWhileItScans)
+{
+    begin();
+    central->scanForPeripherals({ .allowDuplicates = true });
+    ASSERT_TRUE(daemon.isCalled("StartDiscovery /org/bluez/hci0"));
+    const auto left = addAid("L");
+    daemon.objects[left][interface::device].erase("RSSI");
+    daemon.announce(left);
+    daemon.catchUp();
+    ASSERT_FALSE(recorder->has("found L")) << "what the daemon merely remembers is not in reach";
+    daemon.setLink(left, true);
+    ASSERT_TRUE(hears("found L"));
+
+    daemon.setLink(left, false);
+    daemon.catchUp();
+    recorder->take();
+    connect("L");
+    ASSERT_TRUE(hears("connected L"));
+    daemon.catchUp();
+    EXPECT_FALSE(recorder->has("found L")) << "the link is its own";
+}
+
 TEST_F(AHostOnAPlayedBus, TellsNothingMoreToACentralThatIsDroppedWhenItHearsThatTheRadioIsOff)
 {
     addAid("L");

@@ -85,13 +85,18 @@ void BlueZCentral::reportConnected()
         return;
     const auto self = weak_from_this();
     for (const auto& path : _radio->objects().below(_radio->adapter(), interface::device)) {
-        const auto known = knownAt(path);
-        const bool isOurs = known && known->state() != CBPeripheralState::disconnected;
-        if (!isOurs && _radio->objects().isTrue(path, interface::device, "Connected"))
-            report(path, std::nullopt);
+        didConnect(path);
         if (self.expired())
             return;
     }
+}
+
+void BlueZCentral::didConnect(const std::string& devicePath)
+{
+    const auto known = knownAt(devicePath);
+    const bool isOurs = known && known->state() != CBPeripheralState::disconnected;
+    if (!isOurs && _radio->objects().isTrue(devicePath, interface::device, "Connected"))
+        report(devicePath, std::nullopt);
 }
 
 void BlueZCentral::didHear(const std::string& devicePath)

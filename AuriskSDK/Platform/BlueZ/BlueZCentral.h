@@ -34,6 +34,8 @@ public:
     /// `lost`: what that makes of connections, unless it is powered on.
     void radioIs(CBManagerState state, const BluetoothError& lost);
     void didHear(const std::string& devicePath);
+    /// The device may be connected, and if it is not to this central, it will not advertise.
+    void didConnect(const std::string& devicePath);
     /// The device is not connected any more, or not even known.
     void linkDidGo(const std::string& devicePath);
     void valueDidChange(const std::string& devicePath, const std::string& path, const Data& value);

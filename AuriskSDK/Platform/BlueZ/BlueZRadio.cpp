@@ -206,8 +206,8 @@ void BlueZRadio::didAppear(const std::string& path, const std::string& interface
         _connector->deviceDidAppear(device);
         if (_objects->property<std::int16_t>(device, interface::device, "RSSI"))
             didHear(device);
-        else if (_objects->isTrue(device, interface::device, "Connected"))
-            eachCentral([&](BlueZCentral& central) { central.didHear(device); });
+        else
+            eachCentral([&](BlueZCentral& central) { central.didConnect(device); });
     } else if (interface == interface::battery) {
         eachCentral([&](BlueZCentral& central) { central.batteryDidChange(device); });
     }
@@ -233,10 +233,12 @@ void BlueZRadio::didChange(const std::string& path, const std::string& interface
             didHear(device);
         if (const auto* isResolved = find<bool>(changed, "ServicesResolved"); isResolved && *isResolved)
             _connector->servicesDidResolve(device);
-        if (const auto* isConnected = find<bool>(changed, "Connected"); isConnected && *isConnected)
+        if (const auto* isConnected = find<bool>(changed, "Connected"); isConnected && *isConnected) {
             endIfLeftBehind(device);
-        else if (isConnected)
+            eachCentral([&](BlueZCentral& central) { central.didConnect(device); });
+        } else if (isConnected) {
             linkDidGo(device);
+        }
     }
 }
 
