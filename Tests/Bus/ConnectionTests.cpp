@@ -197,11 +197,11 @@ TEST_F(AHostOnAPlayedBus, MakesNoConnectionForACentralThatIsDroppedWhenItHearsOf
             daemon.answer(request);
             daemon.setLink(left, false);
         };
-        ASSERT_NO_FATAL_FAILURE(givenAConnectedAid());
+        givenAConnectedAid();
         const auto others = std::make_shared<Recorder>();
         const auto other = platform->makeCentralManager(others, {});
         ASSERT_TRUE(others->hears("state 5"));
-        ASSERT_NO_FATAL_FAILURE(find(*other, *others));
+        find(*other, *others);
         daemon.calls.clear();
         recorder->onLine = [&](const std::string& line) {
             if (line == "disconnected L")
