@@ -107,6 +107,42 @@ TEST_F(AServerOnAPlayedBus, LeavesNothingWithTheDaemonWhenItIsStoppedWhileItRegi
     EXPECT_EQ(daemon.count("RegisterAdvertisement /org/bluez/hci0"), 0);
 }
 
+/// The daemon tells of a new name a while after it has taken it: until then the adapter has that of a former server.
+TEST_F(AServerOnAPlayedBus, CallsTheAdapterLikeTheAidAndGivesItsOwnNameBack)
+{
+    struct Case {
+        const char* atFirst;
+        const char* meanwhile; ///< told before the name that it takes
+        std::vector<std::string> set;
+    };
+    for (const auto& [atFirst, meanwhile, set] : {
+             Case{ "computer", nullptr, { "X1-L", "" } },
+             Case{ "workshop", nullptr, { "X1-L", "workshop" } },
+             Case{ "X1-L", "computer", { "X1-L", "" } },
+             Case{ "X2-R", "computer", { "X1-L", "" } },
+             Case{ "computer", "bench", { "X1-L", "bench" } },
+         }) {
+        daemon.objects[PlayedDaemon::hci0][interface::adapter]["Name"] = "computer";
+        daemon.objects[PlayedDaemon::hci0][interface::adapter]["Alias"] = atFirst;
+        std::vector<std::string> aliases;
+        daemon.on["Set"] = [&](const BusRequest& request) {
+            aliases.push_back(*find<std::string>(request.arguments, 2));
+            for (const auto* alias : { meanwhile, aliases.back().c_str() })
+                if (alias && aliases.size() == 1)
+                    daemon.change(PlayedDaemon::hci0, interface::adapter, { { "Alias", alias } });
+            daemon.answer(request);
+        };
+        servers = makeGattServerPlatform(); // which does not know the daemon from before
+        begin();
+        ASSERT_TRUE(hears("started"));
+        bool hasStopped = false;
+        server->stop([&] { hasStopped = true; });
+        EXPECT_TRUE(until([&] { return hasStopped; }, Seconds(10)));
+        EXPECT_EQ(aliases, set) << atFirst;
+        recorder->heard.clear();
+    }
+}
+
 /// One adapter may play an aid, and have headphones.
 TEST_F(AServerOnAPlayedBus, TakesOnlyThoseForCentralsThatMayHaveComeForIt)
 {

@@ -82,6 +82,8 @@ void BlueZGattServer::didAppear(const std::string& path, const std::string& inte
 
 void BlueZGattServer::didChange(const std::string& path, const std::string& interface, const BusDictionary& changed)
 {
+    if (interface == interface::adapter && path == _adapter && changed.contains("Alias"))
+        noteAlias();
     if (interface == interface::adapter && path == _adapter && changed.contains("Powered"))
         begin();
     if (interface == interface::device && changed.contains("Connected"))
@@ -172,18 +174,25 @@ void BlueZGattServer::switchOn()
     });
 }
 
+/// Set whatever the alias seems to be: the daemon tells of a change a while after it has made it, and may be about to
+/// give up the same name, which another server had.
 void BlueZGattServer::takeName()
+{
+    if (!_previousAlias)
+        _previousAlias = "";
+    noteAlias();
+    set("Alias", _options.name, [](BlueZGattServer& self, const BusReply&) { self.registerTable(); });
+}
+
+/// Keeps what somebody else has called the adapter last.
+void BlueZGattServer::noteAlias()
 {
     const auto* alias = _objects->property<std::string>(_adapter, interface::adapter, "Alias");
     const auto* name = _objects->property<std::string>(_adapter, interface::adapter, "Name");
-    const bool isOurs = alias && *alias == _options.name;
-    if (!_previousAlias) {
-        const bool isOfItsOwn = alias && !isOurs && !(name && *name == *alias);
-        _previousAlias = isOfItsOwn ? *alias : ""; // by which it is called like the computer
-    }
-    if (isOurs)
-        return registerTable();
-    set("Alias", _options.name, [](BlueZGattServer& self, const BusReply&) { self.registerTable(); });
+    if (!alias || !_previousAlias || *alias == _options.name)
+        return;
+    const bool isLikeTheComputer = name && *name == *alias;
+    _previousAlias = isLikeTheComputer ? "" : *alias;
 }
 
 void BlueZGattServer::registerTable()

@@ -46,6 +46,7 @@ private:
     void beginLater(Seconds delay);
     void switchOn();
     void takeName();
+    void noteAlias();
     void registerTable();
     void start();
     void pause(const std::string& why);
@@ -82,7 +83,7 @@ private:
     GattTable _table;
     std::shared_ptr<Advertiser> _advertiser;
     std::string _adapter; ///< its path; empty until it is known
-    std::optional<std::string> _previousAlias;
+    std::optional<std::string> _previousAlias; ///< empty: none of its own; none: it has not been changed yet
     std::optional<std::string> _obstacle; ///< what the delegate was told last, unless it has started since
     std::map<std::string, std::string> _centrals; ///< the addresses of those that are connected, by path
     std::set<CBUUID> _subscribed;
