@@ -21,6 +21,14 @@ bool isDenial(const BusError& error) { return error.name == "org.freedesktop.DBu
 /// Whether it is one of those that every object has, and that say nothing.
 bool isCommon(std::string_view interface) { return interface.starts_with("org.freedesktop.DBus."); }
 
+/// The daemon may keep to itself that it has connected a device (it does where the link's socket is faster than the
+/// kernel's report), but it tells when it knows the services.
+bool isOnlySaidToBeResolved(const std::string& interface, const BusDictionary& changed)
+{
+    const auto* isResolved = find<bool>(changed, "ServicesResolved");
+    return interface == interface::device && isResolved && *isResolved && !changed.contains("Connected");
+}
+
 } // namespace
 
 std::shared_ptr<BlueZObjects> BlueZObjects::create()
@@ -195,6 +203,11 @@ void BlueZObjects::change(const std::string& path, const std::string& interface,
     const auto properties = object->second.find(interface);
     if (properties == object->second.end())
         return;
+    if (isOnlySaidToBeResolved(interface, changed) && !isTrue(path, interface, "Connected")) {
+        auto whole = changed;
+        whole.emplace("Connected", true);
+        return change(path, interface, whole, invalidated);
+    }
     for (const auto& [name, value] : changed)
         properties->second.insert_or_assign(name, value);
     for (const auto& name : invalidated)
