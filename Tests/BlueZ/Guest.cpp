@@ -1,5 +1,7 @@
 #include "Tests/BlueZ/Guest.h"
 
+#include <gtest/gtest.h>
+
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -37,8 +39,7 @@ void setPower(const std::string& adapter, bool on)
     const std::vector<std::string> command = { "dbus-send", "--system", "--print-reply=literal", "--dest=org.bluez",
         "/org/bluez/" + adapter, "org.freedesktop.DBus.Properties.Set", "string:org.bluez.Adapter1", "string:Powered",
         std::string("variant:boolean:") + (on ? "true" : "false") };
-    if (!perform(command))
-        throw std::runtime_error("the adapter cannot be switched");
+    EXPECT_TRUE(perform(command)) << adapter << " cannot be switched";
 }
 
 void setInReach(bool within)
@@ -60,6 +61,10 @@ int countOfSockets()
 void tidyUp()
 {
     setInReach(true);
+    if (!perform({ "vmctl", "check" })) {
+        ADD_FAILURE() << "bluetoothd has ended, and nobody asked it to";
+        perform({ "vmctl", "start" });
+    }
     setPower(hostAdapter, true);
     setPower(aidAdapter, true);
 }
