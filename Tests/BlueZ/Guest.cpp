@@ -31,7 +31,7 @@ bool perform(const std::vector<std::string>& command)
         return false;
     int status = -1;
     const auto hasEnded = [&] { return waitpid(process, &status, WNOHANG) == process; };
-    return until(hasEnded, Seconds(60)) && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    return until(hasEnded, Seconds(90)) && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
 void setPower(const std::string& adapter, bool on)
@@ -71,13 +71,14 @@ void tidyUp()
 
 std::shared_ptr<ServedAid> ServedAid::create(std::shared_ptr<SimulatedAuriskAid> aid)
 {
+    tidyUp(); // after a test that could not
     SimulatedWorld world;
     const auto name = aid->name();
     world.aids = { { .aid = std::move(aid), .mtu = 517, .faults = { .latency = Seconds(0) } } };
     const auto served = std::make_shared<ServedAid>();
     served->_simulator = Simulator::create(std::move(world));
     served->_aid = tool::AidOnAir::create(served->_simulator, name, *served->_servers, aidAdapter, served);
-    if (!until([&] { return served->_isOnAir; }, Seconds(30)))
+    if (!until([&] { return served->_isOnAir; }, Seconds(60)))
         throw std::runtime_error("the aid does not come on the air");
     return served;
 }

@@ -9,7 +9,6 @@ namespace {
 /// The daemon at both ends of the guest's air.
 class DaemonUnderTest final : public RadioUnderTest {
 public:
-    DaemonUnderTest() { tidyUp(); }
     ~DaemonUnderTest() override { tidyUp(); }
 
     std::shared_ptr<BluetoothPlatform> platform() const override { return _platform; }

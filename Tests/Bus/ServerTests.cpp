@@ -143,6 +143,32 @@ TEST_F(AServerOnAPlayedBus, CallsTheAdapterLikeTheAidAndGivesItsOwnNameBack)
     }
 }
 
+/// Or the daemon reads from whom it has just lost, and crashes.
+TEST_F(AServerOnAPlayedBus, EndsItsLinksBeforeItsServices)
+{
+    const auto host = daemon.addAid("Host", 1);
+    begin();
+    server->advertise(CBAdvertisementData{ .localName = "X1-L" });
+    ASSERT_TRUE(hears("advertising"));
+    daemon.setLink(host, true);
+    ASSERT_TRUE(hears("connected 00:AA:00:00:00:01"));
+    daemon.on["Disconnect " + host] = [&](const BusRequest& request) { daemon.hold(request); };
+    int stops = 0;
+    for (int time = 0; time < 2; ++time)
+        server->stop([&] { ++stops; });
+    server.reset();
+    ASSERT_TRUE(daemon.isCalled("Disconnect " + host));
+    daemon.catchUp();
+    EXPECT_EQ(daemon.count("UnregisterAdvertisement /org/bluez/hci0"), 1);
+    EXPECT_EQ(daemon.count("UnregisterApplication /org/bluez/hci0"), 0);
+    EXPECT_EQ(stops, 0);
+
+    daemon.obey(daemon.held.front());
+    EXPECT_TRUE(until([&] { return stops == 2; }, Seconds(10)));
+    EXPECT_EQ(daemon.count("UnregisterApplication /org/bluez/hci0"), 1);
+    EXPECT_EQ(daemon.count("Disconnect " + host), 1);
+}
+
 /// One adapter may play an aid, and have headphones.
 TEST_F(AServerOnAPlayedBus, TakesOnlyThoseForCentralsThatMayHaveComeForIt)
 {

@@ -240,27 +240,41 @@ void BlueZGattServer::tryLater(const std::string& why)
 
 void BlueZGattServer::stop(std::function<void()> stopped)
 {
-    if (std::exchange(_isEnding, true))
-        return;
+    if (!std::exchange(_isEnding, true)) {
+        _end->enter();
+        end();
+    }
+    _end->notify(DispatchQueue::main(), std::move(stopped));
+}
+
+/// The links go before the services. A central that still has one is told of each service that goes, and asks for those
+/// that are left; where its link ends with a question open, the daemon (5.66) may crash at any time after it.
+void BlueZGattServer::end()
+{
     ++_spell;
-    for (const auto& [path, address] : std::exchange(_centrals, {}))
-        _objects->call(path, interface::device, "Disconnect", {}, daemonLimit, nullptr);
-    const auto group = std::make_shared<DispatchGroup>();
-    const auto leave = [group](const BusReply&) { group->leave(); };
-    group->enter();
-    _advertiser->stop([group] { group->leave(); });
-    if (std::exchange(_mayBeRegistered, false)) {
-        group->enter();
-        _objects->call(
-            _adapter, interface::gattManager, "UnregisterApplication", { ObjectPath{ _root } }, daemonLimit, leave);
-    }
-    if (const auto alias = std::exchange(_previousAlias, std::nullopt)) {
-        group->enter();
-        _objects->call(_adapter, interface::properties, "Set", { interface::adapter, "Alias", BusVariant(*alias) },
-            daemonLimit, leave);
-    }
     _objects->bus().stopServing(_root);
-    group->notify(DispatchQueue::main(), std::move(stopped));
+    const auto links = std::make_shared<DispatchGroup>();
+    links->enter();
+    _advertiser->stop([links] { links->leave(); });
+    for (const auto& [path, address] : std::exchange(_centrals, {})) {
+        links->enter();
+        _objects->call(path, interface::device, "Disconnect", {}, disconnectLimit,
+            [links](const BusReply&) { links->leave(); });
+    }
+    links->notify(DispatchQueue::main(),
+        [objects = _objects, adapter = _adapter, root = _root, isRegistered = _mayBeRegistered, alias = _previousAlias,
+            ended = _end] {
+            const auto call = [&](const char* interface, const char* member, BusValues arguments) {
+                ended->enter();
+                objects->call(adapter, interface, member, std::move(arguments), daemonLimit,
+                    [ended](const BusReply&) { ended->leave(); });
+            };
+            if (isRegistered)
+                call(interface::gattManager, "UnregisterApplication", { ObjectPath{ root } });
+            if (alias)
+                call(interface::properties, "Set", { interface::adapter, "Alias", BusVariant(*alias) });
+            ended->leave();
+        });
 }
 
 // Centrals

@@ -51,6 +51,7 @@ private:
     void start();
     void pause(const std::string& why);
     void tryLater(const std::string& why);
+    void end();
     void isForgotten();
 
     // What the daemon asks for
@@ -93,6 +94,7 @@ private:
     Seconds _daemonBegan{ 0 };
     bool _isServing = false;
     bool _isEnding = false;
+    std::shared_ptr<DispatchGroup> _end = std::make_shared<DispatchGroup>(); ///< what is left to be done by then
     int _spell = 0; ///< counts what makes answers and timers void
 };
 

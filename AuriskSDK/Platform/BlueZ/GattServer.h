@@ -90,8 +90,8 @@ public:
     /// The link to this central is to go, which takes the daemon two seconds.
     virtual void disconnectCentral(const std::string& central) = 0;
 
-    /// Ends everything, and gives the adapter the name back that it had before. `stopped` runs once, within seconds.
-    /// The delegate hears nothing any more.
+    /// Ends everything, links first, and gives the adapter the name back that it had before. `stopped` runs once, where
+    /// somebody is connected after two seconds. The delegate hears nothing any more.
     virtual void stop(std::function<void()> stopped) = 0;
 };
 
