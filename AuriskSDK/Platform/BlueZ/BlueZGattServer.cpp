@@ -258,8 +258,8 @@ void BlueZGattServer::end()
     _advertiser->stop([links] { links->leave(); });
     for (const auto& [path, address] : std::exchange(_centrals, {})) {
         links->enter();
-        _objects->call(path, interface::device, "Disconnect", {}, disconnectLimit,
-            [links](const BusReply&) { links->leave(); });
+        _objects->call(
+            path, interface::device, "Disconnect", {}, disconnectLimit, [links](const BusReply&) { links->leave(); });
     }
     links->notify(DispatchQueue::main(),
         [objects = _objects, adapter = _adapter, root = _root, isRegistered = _mayBeRegistered, alias = _previousAlias,
