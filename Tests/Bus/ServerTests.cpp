@@ -115,7 +115,7 @@ TEST_F(AServerOnAPlayedBus, CallsTheAdapterLikeTheAidAndGivesItsOwnNameBack)
         const char* meanwhile; ///< told before the name that it takes
         std::vector<std::string> set;
     };
-    for (const auto& [atFirst, meanwhile, set] : {
+    for (const auto& one : {
              Case{ "computer", nullptr, { "X1-L", "" } },
              Case{ "workshop", nullptr, { "X1-L", "workshop" } },
              Case{ "X1-L", "computer", { "X1-L", "" } },
@@ -123,11 +123,11 @@ TEST_F(AServerOnAPlayedBus, CallsTheAdapterLikeTheAidAndGivesItsOwnNameBack)
              Case{ "computer", "bench", { "X1-L", "bench" } },
          }) {
         daemon.objects[PlayedDaemon::hci0][interface::adapter]["Name"] = "computer";
-        daemon.objects[PlayedDaemon::hci0][interface::adapter]["Alias"] = atFirst;
+        daemon.objects[PlayedDaemon::hci0][interface::adapter]["Alias"] = one.atFirst;
         std::vector<std::string> aliases;
         daemon.on["Set"] = [&](const BusRequest& request) {
             aliases.push_back(*find<std::string>(request.arguments, 2));
-            for (const auto* alias : { meanwhile, aliases.back().c_str() })
+            for (const auto* alias : { one.meanwhile, aliases.back().c_str() })
                 if (alias && aliases.size() == 1)
                     daemon.change(PlayedDaemon::hci0, interface::adapter, { { "Alias", alias } });
             daemon.answer(request);
@@ -138,7 +138,7 @@ TEST_F(AServerOnAPlayedBus, CallsTheAdapterLikeTheAidAndGivesItsOwnNameBack)
         bool hasStopped = false;
         server->stop([&] { hasStopped = true; });
         EXPECT_TRUE(until([&] { return hasStopped; }, Seconds(10)));
-        EXPECT_EQ(aliases, set) << atFirst;
+        EXPECT_EQ(aliases, one.set) << one.atFirst;
         recorder->heard.clear();
     }
 }
