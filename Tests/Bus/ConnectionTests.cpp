@@ -130,6 +130,15 @@ TEST_F(AHostOnAPlayedBus, LeavesALinkAloneThatAnotherProgramIsMaking)
     EXPECT_EQ(daemon.count("Disconnect " + left), 0);
 }
 
+/// It does that where it remembers another table of the aid's, as after an update.
+TEST_F(AHostOnAPlayedBus, FindsTheServicesThatTheDaemonTakesForSecondary)
+{
+    const auto left = addAid("L");
+    daemon.objects[left + "/service0"][interface::service]["Primary"] = false;
+    givenAConnectedAid();
+    discoverServices();
+}
+
 TEST_F(AHostOnAPlayedBus, EndsAConnectionWhoseServicesHaveChanged)
 {
     const auto left = addAid("L");

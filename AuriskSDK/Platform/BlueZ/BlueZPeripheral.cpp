@@ -238,13 +238,15 @@ bool BlueZPeripheral::isBatteryLate() const
         && std::none_of(shown.begin(), shown.end(), isShown);
 }
 
+/// Those that are said to be secondary, too: the daemon (5.66) takes primary services for that where it remembers
+/// others at their handles, as after an update that has changed the table.
 void BlueZPeripheral::makeServices()
 {
     bool hasBattery = false;
     for (const auto& path : objects().below(_path, interface::service)) {
         const auto* text = objects().property<std::string>(path, interface::service, "UUID");
         const auto uuid = text ? CBUUID::fromString(*text) : std::nullopt;
-        if (!uuid || !objects().isTrue(path, interface::service, "Primary"))
+        if (!uuid)
             continue;
         hasBattery = hasBattery || *uuid == batteryService;
         _services.push_back(std::make_shared<BlueZService>(*uuid, weak_from_this(), path));
