@@ -31,7 +31,7 @@ bool perform(const std::vector<std::string>& command)
         return false;
     int status = -1;
     const auto hasEnded = [&] { return waitpid(process, &status, WNOHANG) == process; };
-    return until(hasEnded, Seconds(90)) && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    return until(hasEnded, Seconds(60)) && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
 void setPower(const std::string& adapter, bool on)
@@ -78,7 +78,7 @@ std::shared_ptr<ServedAid> ServedAid::create(std::shared_ptr<SimulatedAuriskAid>
     const auto served = std::make_shared<ServedAid>();
     served->_simulator = Simulator::create(std::move(world));
     served->_aid = tool::AidOnAir::create(served->_simulator, name, *served->_servers, aidAdapter, served);
-    if (!until([&] { return served->_isOnAir; }, Seconds(60)))
+    if (!until([&] { return served->_isOnAir; }, Seconds(30)))
         throw std::runtime_error("the aid does not come on the air");
     return served;
 }

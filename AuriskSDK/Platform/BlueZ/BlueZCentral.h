@@ -34,7 +34,7 @@ public:
     /// `lost`: what that makes of connections, unless it is powered on.
     void radioIs(CBManagerState state, const BluetoothError& lost);
     void didHear(const std::string& devicePath);
-    /// The device may be connected, and if it is not to this central, it will not advertise.
+    /// Somebody may have connected to the device. Where that is not this central it is found so, for it is silent now.
     void didConnect(const std::string& devicePath);
     /// The device is not connected any more, or not even known.
     void linkDidGo(const std::string& devicePath);

@@ -90,8 +90,9 @@ public:
     /// The link to this central is to go, which takes the daemon two seconds.
     virtual void disconnectCentral(const std::string& central) = 0;
 
-    /// Ends everything, links first, and gives the adapter the name back that it had before. `stopped` runs once, where
-    /// somebody is connected after two seconds. The delegate hears nothing any more.
+    /// Ends everything, links first, and gives the adapter the name back that it had before. `stopped` runs once on the
+    /// main queue, also where it had been stopped before: in a moment, after two seconds where somebody is connected,
+    /// and within 15 s where the daemon does not answer. The delegate hears nothing any more.
     virtual void stop(std::function<void()> stopped) = 0;
 };
 
